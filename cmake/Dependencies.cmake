@@ -1,0 +1,31 @@
+# SPDX-FileCopyrightText: 2026 The Velmora developers
+# SPDX-License-Identifier: Apache-2.0
+find_package(PkgConfig REQUIRED)
+find_package(Threads REQUIRED)
+find_package(OpenSSL REQUIRED)
+find_package(Protobuf REQUIRED)
+find_package(nlohmann_json REQUIRED)
+find_package(Qt6 6.4 REQUIRED COMPONENTS Core)
+
+pkg_check_modules(GRPC REQUIRED IMPORTED_TARGET grpc++ absl_synchronization)
+pkg_check_modules(SNDFILE REQUIRED IMPORTED_TARGET sndfile)
+pkg_check_modules(SOXR REQUIRED IMPORTED_TARGET soxr)
+pkg_check_modules(MPG123 REQUIRED IMPORTED_TARGET libmpg123)
+pkg_check_modules(LAME REQUIRED IMPORTED_TARGET lame)
+pkg_check_modules(POCKETSPHINX REQUIRED IMPORTED_TARGET pocketsphinx sphinxbase)
+
+# flite ships no pkg-config file.
+find_path(FLITE_INCLUDE flite/flite.h REQUIRED)
+add_library(velmora_flite INTERFACE)
+target_include_directories(velmora_flite SYSTEM INTERFACE "${FLITE_INCLUDE}")
+target_link_libraries(velmora_flite INTERFACE flite_cmu_us_rms flite_usenglish flite_cmulex flite m)
+
+find_program(GRPC_CPP_PLUGIN grpc_cpp_plugin REQUIRED)
+
+if(BUILD_TESTING OR VELMORA_BENCHMARKS)
+  find_package(GTest REQUIRED)
+  include(GoogleTest)
+endif()
+if(VELMORA_BENCHMARKS)
+  find_package(benchmark REQUIRED)
+endif()

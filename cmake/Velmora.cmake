@@ -1,0 +1,60 @@
+# SPDX-FileCopyrightText: 2026 The Velmora developers
+# SPDX-License-Identifier: Apache-2.0
+#
+# velmora_library(engine SOURCES ... [LINKS ...] [PRIVATE_LINKS ...])   one folder of src/, as velmora::engine
+# velmora_program(velmora-converse SOURCES ... LINKS ...)
+# velmora_test(protocol SOURCES ... LINKS ...)                          one test program per folder of tests/
+# velmora_benchmark(messages SOURCES ... LINKS ...)
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
+
+# What every target of ours is compiled with; generated code is left alone.
+add_library(velmora_options INTERFACE)
+target_compile_options(velmora_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual
+  -Wimplicit-fallthrough -Wformat=2 -Wundef)
+target_compile_definitions(velmora_options INTERFACE
+  QT_NO_CAST_FROM_ASCII QT_NO_KEYWORDS VELMORA_VERSION="${PROJECT_VERSION}")
+
+if(VELMORA_SANITIZE)
+  add_compile_options(-fsanitize=${VELMORA_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${VELMORA_SANITIZE})
+  target_compile_options(velmora_options INTERFACE -Wno-maybe-uninitialized)
+endif()
+
+function(velmora_library name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINKS;PRIVATE_LINKS")
+  add_library(velmora_${name} STATIC ${arg_SOURCES})
+  add_library(velmora::${name} ALIAS velmora_${name})
+  target_include_directories(velmora_${name} PUBLIC "${CMAKE_SOURCE_DIR}/src")
+  target_link_libraries(velmora_${name} PUBLIC ${arg_LINKS} PRIVATE velmora_options ${arg_PRIVATE_LINKS})
+endfunction()
+
+function(velmora_program name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINKS")
+  add_executable(${name} ${arg_SOURCES})
+  target_link_libraries(${name} PRIVATE velmora_options ${arg_LINKS})
+  install(TARGETS ${name})
+endfunction()
+
+function(velmora_test name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINKS")
+  add_executable(test_${name} ${arg_SOURCES})
+  target_include_directories(test_${name} PRIVATE "${CMAKE_SOURCE_DIR}/tests")
+  target_link_libraries(test_${name} PRIVATE velmora_options ${arg_LINKS} GTest::gmock GTest::gtest_main)
+  set(suppressions "${CMAKE_SOURCE_DIR}/tests/support")
+  gtest_discover_tests(test_${name} TEST_PREFIX "${name}/" DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
+    PROPERTIES TIMEOUT 180 ENVIRONMENT
+    "TSAN_OPTIONS=suppressions=${suppressions}/tsan.supp history_size=7 report_thread_leaks=0 ignore_noninstrumented_modules=1;LSAN_OPTIONS=suppressions=${suppressions}/lsan.supp print_suppressions=0;UBSAN_OPTIONS=print_stacktrace=1")
+endfunction()
+
+function(velmora_benchmark name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINKS")
+  add_executable(bench_${name} ${arg_SOURCES})
+  target_include_directories(bench_${name} PRIVATE "${CMAKE_SOURCE_DIR}/tests")
+  target_link_libraries(bench_${name} PRIVATE velmora_options ${arg_LINKS})
+endfunction()

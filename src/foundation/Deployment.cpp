@@ -1,0 +1,88 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+#include "foundation/Deployment.h"
+
+#include <QFile>
+#include <QStandardPaths>
+#include <QString>
+#include <cstdlib>
+#include <nlohmann/json.hpp>
+
+namespace velmora {
+namespace {
+
+using Json = nlohmann::json;
+
+std::string text(const Json &object, const char *member, const std::filesystem::path &file) {
+  const auto found = object.find(member);
+  if (found == object.end()) return {};
+  if (!found->is_string()) {
+    throw DeploymentError(file.string() + ": \"" + member + "\" must be a text");
+  }
+  return found->get<std::string>();
+}
+
+std::optional<std::uint16_t> portOf(const Json &object, const std::filesystem::path &file) {
+  const auto found = object.find("port");
+  if (found == object.end()) return std::nullopt;
+  const std::int64_t number = found->is_number_integer() ? found->get<std::int64_t>() : 0;
+  if (number < 1 || number > 65535) {
+    throw DeploymentError(file.string() + ": \"port\" must be a number from 1 to 65535");
+  }
+  return static_cast<std::uint16_t>(number);
+}
+
+}  // namespace
+
+std::string readFile(const std::filesystem::path &path) {
+  QFile file(QString::fromStdString(path.string()));
+  QByteArray contents;
+  if (file.open(QIODevice::ReadOnly)) contents = file.readAll();
+  if (file.error() != QFileDevice::NoError) {
+    throw std::runtime_error(path.string() + ": " + file.errorString().toStdString());
+  }
+  return contents.toStdString();
+}
+
+Deployment Deployment::load(const std::filesystem::path &folder) {
+  const std::filesystem::path file = folder / "deployment.json";
+  std::string contents;
+  try {
+    contents = readFile(file);
+  } catch (const std::runtime_error &error) {
+    throw DeploymentError(error.what());
+  }
+  const Json json = Json::parse(contents, nullptr, false);
+  if (!json.is_object()) throw DeploymentError(file.string() + ": not a JSON object");
+  Deployment deployment{.folder = folder,
+                        .host = text(json, "host", file),
+                        .port = portOf(json, file),
+                        .scope = text(json, "scope", file),
+                        .loopbackPrefix = text(json, "loopback_prefix", file)};
+  if (deployment.host.empty()) throw DeploymentError(file.string() + ": \"host\" is missing");
+  return deployment;
+}
+
+std::optional<std::filesystem::path> Deployment::configuredFolder(
+    const std::optional<std::filesystem::path> &named) {
+  if (named) return named;
+  if (const char *variable = std::getenv("VELMORA_DEPLOYMENT"); variable && *variable) return variable;
+  const std::filesystem::path config =
+      QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation).toStdString();
+  const std::filesystem::path folder = config / "velmora" / "deployment";
+  std::error_code ignored;
+  if (std::filesystem::is_directory(folder, ignored)) return folder;
+  return std::nullopt;
+}
+
+std::filesystem::path Deployment::resource(std::string_view name, std::string_view type) const {
+  return folder / (std::string(name) + '.' + std::string(type));
+}
+
+std::string Deployment::address() const {
+  if (!port) return host;
+  const bool bareIPv6 = host.find(':') != std::string::npos && host.front() != '[';
+  return (bareIPv6 ? '[' + host + ']' : host) + ':' + std::to_string(*port);
+}
+
+}  // namespace velmora

@@ -1,0 +1,88 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+#include "foundation/Deployment.h"
+
+#include <gmock/gmock.h>
+
+#include "support/TemporaryFolder.h"
+
+namespace velmora {
+namespace {
+
+using tests::TemporaryFolder;
+using ::testing::HasSubstr;
+
+TEST(Deployment, ReadsWhatTheFolderSays) {
+  const TemporaryFolder folder;
+  (void)folder.write("deployment.json", R"({"host": "assistant.example", "port": 8443, "scope": "s",
+                                            "loopback_prefix": "http://localhost", "later": [1]})");
+  const Deployment deployment = Deployment::load(folder.path());
+  EXPECT_EQ(deployment.address(), "assistant.example:8443");
+  EXPECT_EQ(deployment.scope, "s");
+  EXPECT_EQ(deployment.loopbackPrefix, "http://localhost");
+  EXPECT_EQ(deployment.resource("roots", "pem"), folder.path() / "roots.pem");
+}
+
+TEST(Deployment, ComposesAddresses) {
+  const struct {
+    const char *host;
+    std::optional<std::uint16_t> port;
+    const char *address;
+  } cases[] = {{"a.example", {}, "a.example"},
+               {"127.0.0.1", 1, "127.0.0.1:1"},
+               {"::1", 443, "[::1]:443"},
+               {"[::1]", 443, "[::1]:443"},
+               {"::1", {}, "::1"}};
+  for (const auto &c : cases) {
+    EXPECT_EQ((Deployment{.folder = {}, .host = c.host, .port = c.port, .scope = {}, .loopbackPrefix = {}})
+                  .address(),
+              c.address);
+  }
+}
+
+TEST(Deployment, SaysWhichFileIsWrongAndHow) {
+  const struct {
+    const char *contents;  // null: no file
+    const char *says;
+  } cases[] = {{nullptr, "No such file"},
+               {"", "not a JSON object"},
+               {"[]", "not a JSON object"},
+               {"{}", "\"host\" is missing"},
+               {R"({"host": 7})", "\"host\" must be a text"},
+               {R"({"host": "h", "port": 0})", "1 to 65535"},
+               {R"({"host": "h", "port": 65536})", "1 to 65535"},
+               {R"({"host": "h", "port": "443"})", "1 to 65535"}};
+  for (const auto &c : cases) {
+    const TemporaryFolder folder;
+    if (c.contents) (void)folder.write("deployment.json", c.contents);
+    try {
+      (void)Deployment::load(folder.path());
+      ADD_FAILURE() << c.says;
+    } catch (const DeploymentError &error) {
+      EXPECT_THAT(error.what(), HasSubstr(c.says));
+      EXPECT_THAT(error.what(), HasSubstr((folder.path() / "deployment.json").string()));
+    }
+  }
+}
+
+TEST(Deployment, TheNamedFolderComesBeforeTheEnvironmentBeforeTheUsersOwn) {
+  const TemporaryFolder config;
+  ::setenv("XDG_CONFIG_HOME", config.path().c_str(), 1);
+  ::setenv("VELMORA_DEPLOYMENT", "/from/environment", 1);
+  EXPECT_EQ(Deployment::configuredFolder("/named"), "/named");
+  EXPECT_EQ(Deployment::configuredFolder({}), "/from/environment");
+  ::setenv("VELMORA_DEPLOYMENT", "", 1);
+  EXPECT_EQ(Deployment::configuredFolder({}), std::nullopt);
+  std::filesystem::create_directories(config.path() / "velmora/deployment");
+  EXPECT_EQ(Deployment::configuredFolder({}), config.path() / "velmora/deployment");
+}
+
+TEST(ReadFile, RefusesWhatIsNotAFile) {
+  const TemporaryFolder folder;
+  EXPECT_EQ(readFile(folder.write("bytes", std::string_view("a\0b", 3))), std::string("a\0b", 3));
+  EXPECT_THROW((void)readFile(folder.path()), std::runtime_error);
+  EXPECT_THROW((void)readFile(folder.path() / "none"), std::runtime_error);
+}
+
+}  // namespace
+}  // namespace velmora

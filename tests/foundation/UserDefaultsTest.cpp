@@ -1,0 +1,181 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+#include "foundation/UserDefaults.h"
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+#include "support/CapturedLog.h"
+#include "support/TemporaryFolder.h"
+
+namespace velmora {
+namespace {
+
+using tests::CapturedLog;
+using tests::TemporaryFolder;
+using ::testing::ElementsAre;
+
+QString s(const char *text) { return QString::fromUtf8(text); }
+
+class UserDefaultsFile : public ::testing::Test {
+ protected:
+  QString path() const { return QString::fromStdString((m_folder.path() / "sub/defaults.json").string()); }
+  void writeFile(std::string_view contents) const {
+    std::filesystem::create_directories(m_folder.path() / "sub");
+    (void)m_folder.write("sub/defaults.json", contents);
+  }
+  std::vector<std::filesystem::path> files() const {
+    std::vector<std::filesystem::path> found;
+    for (const auto &entry : std::filesystem::directory_iterator(m_folder.path() / "sub")) {
+      if (entry.path().extension() != ".lock") found.push_back(entry.path());
+    }
+    std::sort(found.begin(), found.end());
+    return found;
+  }
+  TemporaryFolder m_folder;
+};
+
+TEST_F(UserDefaultsFile, EveryKindOfValueKeepsItsTypeOnDisk) {
+  const QDateTime instant(QDate(2026, 3, 29), QTime(1, 30, 0, 123), Qt::UTC);
+  const QVariantMap values{
+      {s("bool"), true},
+      {s("false"), false},
+      {s("int"), 7LL},
+      {s("large"), 9007199254740993LL},
+      {s("double"), 0.1},
+      {s("text"), s("Grüße \"=;\n%")},
+      {s("empty text"), s("")},
+      {s("looks like a bool"), s("true")},
+      {s("date"), instant},
+      {s("data"), QByteArray("\0\xff\n", 3)},
+      {s("one element"), QVariantList{s("a")}},
+      {s("no element"), QVariantList()},
+      {s("dictionary"), QVariantMap{{s("keyCode"), 49LL}, {s("when"), instant}}},
+      {s("tag-like"), QVariantMap{{s("$date"), s("not a date")}}},
+      {s("a/b"), 1LL}};
+  {
+    UserDefaults defaults(path());
+    for (auto it = values.begin(); it != values.end(); ++it) defaults.setObject(it.value(), it.key());
+    EXPECT_TRUE(defaults.synchronize());
+  }
+  const UserDefaults read(path());
+  for (auto it = values.begin(); it != values.end(); ++it) {
+    EXPECT_EQ(read.objectForKey(it.key()), it.value()) << it.key().toStdString();
+    EXPECT_EQ(read.objectForKey(it.key()).typeId(), it.value().typeId()) << it.key().toStdString();
+  }
+  EXPECT_EQ(read.boolForKey(s("looks like a bool")), false);
+  EXPECT_EQ(read.dateForKey(s("date")), instant);
+}
+
+TEST_F(UserDefaultsFile, NobodyElseCanReadTheFile) {
+  const mode_t before = ::umask(0);
+  {
+    UserDefaults defaults(path());
+    defaults.setObject(s("token"), s("auth_token"));
+    EXPECT_TRUE(defaults.synchronize());
+  }
+  writeFile(R"({"auth_token": "from a careless editor"})");
+  std::filesystem::permissions(path().toStdString(), std::filesystem::perms(0644));
+  UserDefaults defaults(path());
+  struct stat status {};
+  EXPECT_EQ(::stat(path().toUtf8().constData(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0600U);
+  defaults.setObject(1, s("other"));
+  EXPECT_TRUE(defaults.synchronize());
+  EXPECT_EQ(::stat(path().toUtf8().constData(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0600U);
+  ::umask(before);
+}
+
+TEST_F(UserDefaultsFile, ADamagedFileIsSetAsideWithOneLineAndNotLost) {
+  for (const std::string damaged : {"{\"logged_in\": tr", "\x01\x02garbage", "[1, 2]", "null"}) {
+    writeFile(damaged);
+    const CapturedLog log;
+    {
+      UserDefaults defaults(path());
+      EXPECT_FALSE(defaults.objectForKey(s("logged_in")).isValid());
+      defaults.setObject(true, s("fresh"));
+      EXPECT_TRUE(defaults.synchronize());
+    }
+    EXPECT_EQ(log.count("The settings file "), 1) << damaged;
+    EXPECT_TRUE(UserDefaults(path()).boolForKey(s("fresh")));
+    const auto kept = files();
+    ASSERT_EQ(kept.size(), 2U);
+    std::ifstream in(kept[1]);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), damaged);
+    for (const auto &file : kept) std::filesystem::remove(file);
+  }
+}
+
+TEST_F(UserDefaultsFile, TwoProcessesKeepEachOthersChanges) {
+  writeFile(R"({"shared": 1})");
+  UserDefaults mine(path());
+  std::vector<QVariant> seen;
+  const auto watch = mine.addObserver(s("shared"), UserDefaults::Notify::newOnly,
+                                      [&](const QVariant &value) { seen.push_back(value); });
+  mine.setObject(true, s("mine"));
+  writeFile(R"({"shared": 22, "theirs": true})");
+  EXPECT_TRUE(mine.synchronize());
+  EXPECT_THAT(seen, ElementsAre(QVariant(22LL)));
+  const UserDefaults read(path());
+  EXPECT_TRUE(read.boolForKey(s("mine")));
+  EXPECT_TRUE(read.boolForKey(s("theirs")));
+}
+
+TEST_F(UserDefaultsFile, AStoreThatCannotWriteSaysSoAndRecovers) {
+  const auto blocker = m_folder.write("sub", "a file where the folder should be");
+  const CapturedLog log;
+  UserDefaults defaults(path());
+  defaults.setObject(true, s("key"));
+  EXPECT_FALSE(defaults.synchronize());
+  EXPECT_EQ(log.count("The settings file "), 1);
+  EXPECT_TRUE(defaults.boolForKey(s("key")));
+  std::filesystem::remove(blocker);
+  EXPECT_TRUE(defaults.synchronize());
+  EXPECT_TRUE(std::filesystem::exists(path().toStdString()));
+}
+
+TEST(UserDefaults, RegisteredValuesHoldOnlyWhereNothingIsStored) {
+  UserDefaults defaults;
+  defaults.registerDefaults({{s("a"), true}, {s("b"), s("default")}});
+  defaults.registerDefaults({{s("c"), 1}});
+  defaults.setObject(s("stored"), s("b"));
+  EXPECT_TRUE(defaults.boolForKey(s("a")));
+  EXPECT_EQ(defaults.stringForKey(s("b")), s("stored"));
+  defaults.setObject(QVariant(), s("b"));
+  EXPECT_EQ(defaults.stringForKey(s("b")), s("default"));
+  EXPECT_EQ(defaults.objectForKey(s("c")), 1);
+}
+
+TEST(UserDefaults, ObserversHearTheirKeyAsOftenAsItIsWritten) {
+  UserDefaults defaults;
+  defaults.registerDefaults({{s("k"), false}});
+  std::vector<QVariant> seen;
+  auto watch = defaults.addObserver(s("k"), UserDefaults::Notify::initialAndNew,
+                                    [&](const QVariant &value) { seen.push_back(value); });
+  defaults.setObject(true, s("k"));
+  defaults.setObject(true, s("k"));
+  defaults.setObject(true, s("other"));
+  defaults.removeObjectForKey(s("k"));
+  EXPECT_THAT(seen, ElementsAre(false, true, true, false));
+  watch = {};
+  defaults.setObject(true, s("k"));
+  EXPECT_EQ(seen.size(), 4U);
+}
+
+TEST(UserDefaults, AnObserverMayWriteAndEndItself) {
+  UserDefaults defaults;
+  int calls = 0;
+  UserDefaults::Observation watch;
+  watch = defaults.addObserver(s("logged_in"), UserDefaults::Notify::newOnly, [&](const QVariant &) {
+    ++calls;
+    watch = {};
+    defaults.removeObjectForKey(s("auth_token"));
+    defaults.setObject(true, s("logged_in"));
+  });
+  defaults.setObject(false, s("logged_in"));
+  EXPECT_EQ(calls, 1);
+}
+
+}  // namespace
+}  // namespace velmora
