@@ -13,6 +13,10 @@ pkg_check_modules(SOXR REQUIRED IMPORTED_TARGET soxr)
 pkg_check_modules(MPG123 REQUIRED IMPORTED_TARGET libmpg123)
 pkg_check_modules(LAME REQUIRED IMPORTED_TARGET lame)
 pkg_check_modules(POCKETSPHINX REQUIRED IMPORTED_TARGET pocketsphinx sphinxbase)
+# sphinxbase names a folder that Debian does not make, which CMake takes for a fault.
+get_target_property(folders PkgConfig::POCKETSPHINX INTERFACE_INCLUDE_DIRECTORIES)
+list(REMOVE_ITEM folders /usr/include/sphinxbase)
+set_target_properties(PkgConfig::POCKETSPHINX PROPERTIES INTERFACE_INCLUDE_DIRECTORIES "${folders}")
 
 # flite ships no pkg-config file.
 find_path(FLITE_INCLUDE flite/flite.h REQUIRED)

@@ -46,10 +46,8 @@ function(velmora_test name)
   add_executable(test_${name} ${arg_SOURCES})
   target_include_directories(test_${name} PRIVATE "${CMAKE_SOURCE_DIR}/tests")
   target_link_libraries(test_${name} PRIVATE velmora_options ${arg_LINKS} GTest::gmock GTest::gtest_main)
-  set(suppressions "${CMAKE_SOURCE_DIR}/tests/support")
   gtest_discover_tests(test_${name} TEST_PREFIX "${name}/" DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
-    PROPERTIES TIMEOUT 180 ENVIRONMENT
-    "TSAN_OPTIONS=suppressions=${suppressions}/tsan.supp history_size=7 report_thread_leaks=0 ignore_noninstrumented_modules=1;LSAN_OPTIONS=suppressions=${suppressions}/lsan.supp print_suppressions=0;UBSAN_OPTIONS=print_stacktrace=1")
+    PROPERTIES TIMEOUT 180)
 endfunction()
 
 function(velmora_benchmark name)

@@ -26,10 +26,10 @@ class DeploymentError : public std::runtime_error {
 /// An immutable record; safe to copy between threads.
 struct Deployment {
   std::filesystem::path folder;
-  std::string host;                   ///< name or IP literal, without a port
-  std::optional<std::uint16_t> port;  ///< absent: the default TLS port
-  std::string scope;                  ///< what a sign-in asks for
-  std::string loopbackPrefix;         ///< how the address begins to which a sign-in redirects
+  std::string host;                        ///< name or IP literal, without a port
+  std::optional<std::uint16_t> port = {};  ///< absent: the default TLS port
+  std::string scope = {};                  ///< what a sign-in asks for
+  std::string loopbackPrefix = {};         ///< how the address begins to which a sign-in redirects
 
   /// Reads `folder`/deployment.json. Throws `DeploymentError`; `host` is the only member that must be there.
   [[nodiscard]] static Deployment load(const std::filesystem::path &folder);

@@ -11,8 +11,8 @@
 namespace velmora {
 namespace {
 
-/// One write per line keeps the lines of several threads and processes apart. A reader that is gone, or a full
-/// disk, loses the line: there is nowhere left to say so.
+/// One write per line keeps the lines of several threads and processes apart. A reader that is gone, or a
+/// full disk, loses the line: there is nowhere left to say so.
 void writeLine(int descriptor, std::string_view line) {
   std::string whole(line);
   whole += '\n';

@@ -39,7 +39,8 @@ QSettings::Format defaultsFormat() {
   return format;
 }
 
-/// Makes the folder and an empty file that nobody else can read, so that secrets never stand in a readable one.
+/// Makes the folder and an empty file that nobody else can read, so that secrets never stand in a readable
+/// one.
 void makePrivate(const QString &path) {
   QDir().mkpath(QFileInfo(path).absolutePath());
   QFile file(path);
@@ -144,7 +145,8 @@ bool UserDefaults::synchronize() {
     if (objectForKey(it.key()) != it.value()) notify(it.key());
   }
   if (m_settings->status() == QSettings::NoError) return true;
-  log("The settings file ", m_file.toStdString(), " could not be written; settings are kept for this run only");
+  log("The settings file ", m_file.toStdString(),
+      " could not be written; settings are kept for this run only");
   return false;
 }
 

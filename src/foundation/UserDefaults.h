@@ -45,7 +45,8 @@ class UserDefaults {
     std::shared_ptr<void> m_hold;
   };
 
-  /// The store of the user's configuration folder, made on first use on the thread that owns it (the main one).
+  /// The store of the user's configuration folder, made on first use on the thread that owns it (the main
+  /// one).
   static UserDefaults &standard();
 
   /// A store in memory only.

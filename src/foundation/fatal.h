@@ -14,7 +14,8 @@ namespace velmora {
 /// Writes `text` as one line to standard error and aborts. Any thread.
 [[noreturn]] void fatal(std::string_view text);
 
-/// `value` as an `Integer`, fractions cut off; fatal with `what` when it does not fit. NaN never fits. Any thread.
+/// `value` as an `Integer`, fractions cut off; fatal with `what` when it does not fit. NaN never fits. Any
+/// thread.
 template <std::signed_integral Integer, typename Number>
 [[nodiscard]] Integer exactly(Number value, std::string_view what) {
   if constexpr (std::integral<Number>) {

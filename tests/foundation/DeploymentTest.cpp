@@ -9,8 +9,8 @@
 namespace velmora {
 namespace {
 
-using tests::TemporaryFolder;
 using ::testing::HasSubstr;
+using tests::TemporaryFolder;
 
 TEST(Deployment, ReadsWhatTheFolderSays) {
   const TemporaryFolder folder;
@@ -34,9 +34,7 @@ TEST(Deployment, ComposesAddresses) {
                {"[::1]", 443, "[::1]:443"},
                {"::1", {}, "::1"}};
   for (const auto &c : cases) {
-    EXPECT_EQ((Deployment{.folder = {}, .host = c.host, .port = c.port, .scope = {}, .loopbackPrefix = {}})
-                  .address(),
-              c.address);
+    EXPECT_EQ((Deployment{.folder = {}, .host = c.host, .port = c.port}).address(), c.address);
   }
 }
 

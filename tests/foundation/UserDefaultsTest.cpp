@@ -11,9 +11,9 @@
 namespace velmora {
 namespace {
 
+using ::testing::ElementsAre;
 using tests::CapturedLog;
 using tests::TemporaryFolder;
-using ::testing::ElementsAre;
 
 QString s(const char *text) { return QString::fromUtf8(text); }
 
@@ -37,25 +37,25 @@ class UserDefaultsFile : public ::testing::Test {
 
 TEST_F(UserDefaultsFile, EveryKindOfValueKeepsItsTypeOnDisk) {
   const QDateTime instant(QDate(2026, 3, 29), QTime(1, 30, 0, 123), Qt::UTC);
-  const QVariantMap values{
-      {s("bool"), true},
-      {s("false"), false},
-      {s("int"), 7LL},
-      {s("large"), 9007199254740993LL},
-      {s("double"), 0.1},
-      {s("text"), s("Grüße \"=;\n%")},
-      {s("empty text"), s("")},
-      {s("looks like a bool"), s("true")},
-      {s("date"), instant},
-      {s("data"), QByteArray("\0\xff\n", 3)},
-      {s("one element"), QVariantList{s("a")}},
-      {s("no element"), QVariantList()},
-      {s("dictionary"), QVariantMap{{s("keyCode"), 49LL}, {s("when"), instant}}},
-      {s("tag-like"), QVariantMap{{s("$date"), s("not a date")}}},
-      {s("a/b"), 1LL}};
+  const QVariantMap values{{s("bool"), true},
+                           {s("false"), false},
+                           {s("int"), 7LL},
+                           {s("large"), 9007199254740993LL},
+                           {s("double"), 0.1},
+                           {s("text"), s("Grüße \"=;\n%")},
+                           {s("empty text"), s("")},
+                           {s("looks like a bool"), s("true")},
+                           {s("date"), instant},
+                           {s("data"), QByteArray("\0\xff\n", 3)},
+                           {s("one element"), QVariantList{s("a")}},
+                           {s("no element"), QVariantList()},
+                           {s("dictionary"), QVariantMap{{s("keyCode"), 49LL}, {s("when"), instant}}},
+                           {s("tag-like"), QVariantMap{{s("$date"), s("not a date")}}},
+                           {s("a/b"), 1LL}};
   {
     UserDefaults defaults(path());
-    for (auto it = values.begin(); it != values.end(); ++it) defaults.setObject(it.value(), it.key());
+    for (auto it = values.begin(); it != values.end(); ++it)
+      defaults.setObject(it.value(), it.key());
     EXPECT_TRUE(defaults.synchronize());
   }
   const UserDefaults read(path());
@@ -103,7 +103,8 @@ TEST_F(UserDefaultsFile, ADamagedFileIsSetAsideWithOneLineAndNotLost) {
     ASSERT_EQ(kept.size(), 2U);
     std::ifstream in(kept[1]);
     EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), damaged);
-    for (const auto &file : kept) std::filesystem::remove(file);
+    for (const auto &file : kept)
+      std::filesystem::remove(file);
   }
 }
 

@@ -3,8 +3,8 @@
 #pragma once
 
 #include <algorithm>
-#include <condition_variable>
 #include <chrono>
+#include <condition_variable>
 #include <mutex>
 #include <string>
 #include <vector>
