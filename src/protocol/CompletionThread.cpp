@@ -1,0 +1,89 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+#include "protocol/CompletionThread.h"
+
+#include <grpc/support/log.h>
+#include <grpcpp/alarm.h>
+#include <grpcpp/completion_queue.h>
+
+#include <cstdlib>
+#include <mutex>
+#include <thread>
+
+#if defined(__SANITIZE_THREAD__)
+// gRPC is not instrumented: without these, what a tag hands over would look like a race.
+extern "C" void __tsan_release(void *);
+extern "C" void __tsan_acquire(void *);
+#else
+#define __tsan_release(tag) static_cast<void>(tag)
+#define __tsan_acquire(tag) static_cast<void>(tag)
+#endif
+
+namespace velmora {
+namespace {
+
+thread_local bool onCompletionThread = false;
+
+/// Work on its way to the thread; deletes itself.
+class PostedWork final : public CompletionTag {
+ public:
+  PostedWork(std::function<void()> work, grpc::CompletionQueue *queue) : m_work(std::move(work)) {
+    m_alarm.Set(queue, gpr_now(GPR_CLOCK_MONOTONIC), asTag());
+  }
+  void complete(bool) override {
+    m_work();
+    delete this;
+  }
+
+ private:
+  std::function<void()> m_work;
+  grpc::Alarm m_alarm;
+};
+
+}  // namespace
+
+void *CompletionTag::asTag() {
+  __tsan_release(this);
+  return this;
+}
+
+struct CompletionThread::Implementation {
+  grpc::CompletionQueue queue;
+
+  void run() {
+    onCompletionThread = true;
+    void *pointer = nullptr;
+    bool ok = false;
+    while (queue.Next(&pointer, &ok)) {
+      __tsan_acquire(pointer);
+      static_cast<CompletionTag *>(pointer)->complete(ok);
+    }
+  }
+};
+
+CompletionThread::CompletionThread() : m_implementation(new Implementation) {
+  std::thread([implementation = m_implementation] { implementation->run(); }).detach();
+}
+
+CompletionThread &CompletionThread::instance() {
+  static CompletionThread *const thread = new CompletionThread;
+  return *thread;
+}
+
+void *CompletionThread::queue() const { return &m_implementation->queue; }
+
+void CompletionThread::post(std::function<void()> work) {
+  new PostedWork(std::move(work), &m_implementation->queue);
+}
+
+bool CompletionThread::isCurrent() { return onCompletionThread; }
+
+void initialiseGrpc() {
+  static std::once_flag once;
+  std::call_once(once, [] {
+    const char *asked = std::getenv("GRPC_VERBOSITY");
+    if (asked == nullptr || *asked == '\0') gpr_set_log_function([](gpr_log_func_args *) {});
+  });
+}
+
+}  // namespace velmora

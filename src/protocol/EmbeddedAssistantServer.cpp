@@ -1,0 +1,326 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+#include "protocol/EmbeddedAssistantServer.h"
+
+#include <grpcpp/generic/async_generic_service.h>
+#include <grpcpp/security/server_credentials.h>
+#include <grpcpp/server.h>
+#include <grpcpp/server_builder.h>
+
+#include <array>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#include "foundation/Deployment.h"
+#include "foundation/Log.h"
+#include "protocol/CompletionThread.h"
+#include "protocol/EmbeddedAssistantService.h"
+#include "protocol/ServerCall.h"
+
+namespace velmora {
+namespace {
+
+using Server = Google_Assistant_Embedded_V1Alpha1_EmbeddedAssistantServer;
+using Provider = Google_Assistant_Embedded_V1Alpha1_EmbeddedAssistantProvider;
+using ConverseSession = Google_Assistant_Embedded_V1Alpha1_EmbeddedAssistantConverseSession;
+// Each call has a thread; more than this many at once is no use of a machine that anybody intends.
+constexpr int kMostCalls = 64;
+
+gpr_timespec after(std::chrono::milliseconds duration) {
+  return gpr_time_add(gpr_now(GPR_CLOCK_MONOTONIC), gpr_time_from_millis(duration.count(), GPR_TIMESPAN));
+}
+
+gpr_timespec atOnce() { return gpr_inf_past(GPR_CLOCK_MONOTONIC); }
+
+gpr_timespec never() { return gpr_inf_future(GPR_CLOCK_MONOTONIC); }
+
+std::string asString(grpc::ByteBuffer &buffer) {
+  grpc::Slice slice;
+  if (!buffer.TrySingleSlice(&slice).ok() && !buffer.DumpToSingleSlice(&slice).ok()) return {};
+  return {reinterpret_cast<const char *>(slice.begin()), slice.size()};
+}
+
+}  // namespace
+
+/// The call's own queue is polled by the thread that serves it, so that no message changes threads.
+struct ServerCall::Implementation {
+  enum Tag : std::size_t { done = 1, read, write, finish, tags };
+
+  grpc::CompletionQueue queue;
+  grpc::GenericServerContext context;
+  grpc::GenericServerAsyncReaderWriter stream{&context};
+  grpc::ByteBuffer incoming;
+  Metadata metadata;
+  bool reading = false;
+  struct Outcome {
+    bool known = false;
+    bool ok = false;
+  };
+  std::array<Outcome, tags> outcomes;
+
+  Implementation() { context.AsyncNotifyWhenDone(asTag(done)); }
+
+  ~Implementation() {
+    queue.Shutdown();
+    void *tag = nullptr;
+    bool ok = false;
+    while (queue.Next(&tag, &ok)) {
+    }
+  }
+
+  static void *asTag(Tag tag) { return reinterpret_cast<void *>(tag); }
+
+  /// Whether the operation `tag` is over before `deadline`; what else is over meanwhile is remembered.
+  bool waitFor(Tag tag, gpr_timespec deadline) {
+    while (!outcomes[tag].known) {
+      void *pointer = nullptr;
+      bool ok = false;
+      if (queue.AsyncNext(&pointer, &ok, deadline) != grpc::CompletionQueue::GOT_EVENT) return false;
+      outcomes[reinterpret_cast<std::size_t>(pointer)] = {.known = true, .ok = ok};
+    }
+    return true;
+  }
+
+  bool take(Tag tag) {
+    const bool ok = outcomes[tag].ok;
+    outcomes[tag] = {};
+    return ok;
+  }
+};
+
+ServerCall::ServerCall(std::unique_ptr<Implementation> implementation)
+    : m_implementation(std::move(implementation)) {
+  for (const auto &[key, value] : m_implementation->context.client_metadata()) {
+    m_implementation->metadata.emplace(std::string(key.data(), key.size()),
+                                       std::string(value.data(), value.size()));
+  }
+}
+
+ServerCall::~ServerCall() = default;
+
+std::string ServerCall::host() const { return m_implementation->context.host(); }
+
+std::string ServerCall::method() const { return m_implementation->context.method(); }
+
+std::string ServerCall::peer() const { return m_implementation->context.peer(); }
+
+const Metadata &ServerCall::metadata() const { return m_implementation->metadata; }
+
+bool ServerCall::cancelled() {
+  return m_implementation->waitFor(Implementation::done, atOnce()) && m_implementation->context.IsCancelled();
+}
+
+ServerCall::Received ServerCall::receive(std::string &message,
+                                         std::optional<std::chrono::milliseconds> patience) {
+  Implementation &call = *m_implementation;
+  if (!call.reading) {
+    call.stream.Read(&call.incoming, Implementation::asTag(Implementation::read));
+    call.reading = true;
+  }
+  if (!call.waitFor(Implementation::read, patience ? after(*patience) : never())) return Received::nothingYet;
+  call.reading = false;
+  if (!call.take(Implementation::read)) return Received::endOfStream;
+  message = asString(call.incoming);
+  return Received::message;
+}
+
+bool ServerCall::send(std::string message) {
+  const grpc::Slice slice(message);
+  m_implementation->stream.Write(grpc::ByteBuffer(&slice, 1), Implementation::asTag(Implementation::write));
+  (void)m_implementation->waitFor(Implementation::write, never());
+  return m_implementation->take(Implementation::write);
+}
+
+void ServerCall::addInitialMetadata(const Metadata &metadata) {
+  for (const auto &[key, value] : metadata)
+    m_implementation->context.AddInitialMetadata(key, value);
+}
+
+void ServerCall::finish(int statusCode, const std::string &statusMessage, const Metadata &trailingMetadata) {
+  for (const auto &[key, value] : trailingMetadata) {
+    m_implementation->context.AddTrailingMetadata(key, value);
+  }
+  // gRPC takes no text with a success.
+  const grpc::Status status = statusCode == 0
+                                  ? grpc::Status()
+                                  : grpc::Status(static_cast<grpc::StatusCode>(statusCode), statusMessage);
+  m_implementation->stream.Finish(status, Implementation::asTag(Implementation::finish));
+  (void)m_implementation->waitFor(Implementation::finish, never());
+}
+
+class Server::Implementation {
+ public:
+  Implementation(const std::string &address, const std::shared_ptr<grpc::ServerCredentials> &credentials) {
+    grpc::ServerBuilder builder;
+    builder.AddListeningPort(address, credentials, &m_port);
+    builder.RegisterAsyncGenericService(&m_service);
+    // Two servers on one port would share its calls by chance.
+    builder.AddChannelArgument(GRPC_ARG_ALLOW_REUSEPORT, 0);
+    // Our clients ask every ten seconds whether we are there; and a client that vanished frees its thread.
+    builder.AddChannelArgument(GRPC_ARG_HTTP2_MIN_RECV_PING_INTERVAL_WITHOUT_DATA_MS, 5'000);
+    builder.AddChannelArgument(GRPC_ARG_KEEPALIVE_TIME_MS, 20'000);
+    builder.AddChannelArgument(GRPC_ARG_KEEPALIVE_TIMEOUT_MS, 10'000);
+    m_queue = builder.AddCompletionQueue();
+    m_server = builder.BuildAndStart();
+    if (!m_server || m_port == 0) {
+      // The queue of a server that never started must be drained all the same.
+      m_server.reset();
+      drain();
+      throw std::runtime_error("Cannot listen on " + address +
+                               ": the address is in use or not this machine's, or the certificate is bad");
+    }
+  }
+
+  ~Implementation() {
+    stop(std::chrono::milliseconds(0));
+    std::unique_lock lock(m_calls->mutex);
+    m_calls->changed.wait(lock, [this] { return m_calls->running == 0; });
+  }
+
+  [[nodiscard]] int port() const { return m_port; }
+
+  void start(Provider &provider) {
+    m_provider = &provider;
+    request();
+    m_acceptor = std::thread([this] { accept(); });
+  }
+
+  bool stop(std::chrono::milliseconds grace) {
+    if (!m_stopped) {
+      m_stopped = true;
+      m_server->Shutdown(after(grace));
+      m_queue->Shutdown();
+      if (m_acceptor.joinable()) {
+        m_acceptor.join();
+      } else {
+        drain();
+      }
+    }
+    std::unique_lock lock(m_calls->mutex);
+    return m_calls->changed.wait_for(lock, grace, [this] { return m_calls->running == 0; });
+  }
+
+ private:
+  /// Shared with the calls' threads, which leave it last.
+  struct Calls {
+    std::mutex mutex;
+    std::condition_variable changed;
+    int running = 0;
+  };
+
+  void request() {
+    m_next = std::make_unique<ServerCall::Implementation>();
+    m_service.RequestCall(&m_next->context, &m_next->stream, &m_next->queue, m_queue.get(), this);
+  }
+
+  void accept() {
+    void *tag = nullptr;
+    bool ok = false;
+    while (m_queue->Next(&tag, &ok)) {
+      if (!ok) continue;  // stopping
+      auto call = std::make_unique<ServerCall>(std::move(m_next));
+      request();
+      begin(std::move(call));
+    }
+  }
+
+  void drain() {
+    m_queue->Shutdown();
+    void *tag = nullptr;
+    bool ok = false;
+    while (m_queue->Next(&tag, &ok)) {
+    }
+  }
+
+  void begin(std::unique_ptr<ServerCall> call) {
+    {
+      const std::lock_guard lock(m_calls->mutex);
+      if (m_calls->running < kMostCalls) {
+        ++m_calls->running;
+      } else {
+        return call->finish(static_cast<int>(StatusCode::resourceExhausted), "Too many calls at once", {});
+      }
+    }
+    std::thread([calls = m_calls, provider = m_provider, call = std::move(call)]() mutable {
+      serve(*call, *provider);
+      call.reset();
+      const std::lock_guard lock(calls->mutex);
+      --calls->running;
+      calls->changed.notify_all();
+    }).detach();
+  }
+
+  static void serve(ServerCall &call, Provider &provider);
+
+  int m_port = 0;
+  bool m_stopped = false;
+  grpc::AsyncGenericService m_service;
+  std::unique_ptr<grpc::ServerCompletionQueue> m_queue;
+  std::unique_ptr<grpc::Server> m_server;
+  std::unique_ptr<ServerCall::Implementation> m_next;
+  std::thread m_acceptor;
+  Provider *m_provider = nullptr;
+  std::shared_ptr<Calls> m_calls = std::make_shared<Calls>();
+};
+
+void Server::Implementation::serve(ServerCall &call, Provider &provider) {
+  log("Server received request to ", call.host(), " calling ", call.method(), " from ", call.peer(), " with ",
+      description(call.metadata()));
+  if (call.method() != Google_Assistant_Embedded_V1Alpha1_EmbeddedAssistantService::kConverseMethod) {
+    return call.finish(static_cast<int>(StatusCode::unimplemented), "Unknown method " + call.method(), {});
+  }
+  ConverseSession session(call, provider);
+  try {
+    session.provider().converse(session);
+  } catch (ConverseSession::ServerError) {
+    log("Server error: endOfStream");
+  } catch (const MessageError &error) {
+    log("Server error: ", error.what());
+    session.setStatus(StatusCode::invalidArgument, "A request could not be parsed");
+  } catch (const std::exception &error) {
+    log("Server error: ", error.what());
+    session.setStatus(StatusCode::internal, "The assistant failed");
+  }
+  call.finish(session.statusCode(), session.statusMessage(), session.trailingMetadata());
+}
+
+namespace {
+
+std::shared_ptr<grpc::ServerCredentials> tlsCredentials(const std::filesystem::path &keyFile,
+                                                        const std::filesystem::path &certificateChainFile) {
+  grpc::SslServerCredentialsOptions options;
+  options.pem_key_cert_pairs.push_back(
+      {.private_key = readFile(keyFile), .cert_chain = readFile(certificateChainFile)});
+  return grpc::SslServerCredentials(options);
+}
+
+}  // namespace
+
+Server::Google_Assistant_Embedded_V1Alpha1_EmbeddedAssistantServer(const std::string &address)
+    : m_address(address) {
+  initialiseGrpc();
+  m_implementation = std::make_unique<Implementation>(address, grpc::InsecureServerCredentials());
+}
+
+Server::Google_Assistant_Embedded_V1Alpha1_EmbeddedAssistantServer(
+    const std::string &address, const std::filesystem::path &keyFile,
+    const std::filesystem::path &certificateChainFile)
+    : m_address(address) {
+  initialiseGrpc();
+  m_implementation = std::make_unique<Implementation>(address, tlsCredentials(keyFile, certificateChainFile));
+}
+
+Server::~Google_Assistant_Embedded_V1Alpha1_EmbeddedAssistantServer() = default;
+
+int Server::port() const { return m_implementation->port(); }
+
+void Server::start(Provider &provider) {
+  m_provider = &provider;
+  m_implementation->start(provider);
+}
+
+bool Server::stop(std::chrono::milliseconds grace) { return m_implementation->stop(grace); }
+
+}  // namespace velmora

@@ -1,0 +1,439 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+#include <gmock/gmock.h>
+
+#include <random>
+#include <thread>
+
+#include "protocol/CompletionThread.h"
+#include "protocol/EmbeddedAssistantService.h"
+#include "support/Relay.h"
+#include "support/ScriptedServer.h"
+#include "support/TemporaryFolder.h"
+#include "support/Waiting.h"
+
+namespace velmora {
+namespace {
+
+using tests::Inbox;
+using tests::Relay;
+using tests::ScriptedServer;
+using Service = Google_Assistant_Embedded_V1Alpha1_EmbeddedAssistantService;
+using Call = Google_Assistant_Embedded_V1Alpha1_EmbeddedAssistantConverseCall;
+using ClientError = Google_Assistant_Embedded_V1Alpha1_EmbeddedAssistantClientError;
+using Request = Google_Assistant_Embedded_V1alpha1_ConverseRequest;
+using Response = Google_Assistant_Embedded_V1alpha1_ConverseResponse;
+using End = ScriptedServer::End;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+
+const std::string kTruncatedVarint = "\x10\x80";
+
+Request audio(const std::string &bytes) {
+  Request request;
+  request.setAudioIn(bytes);
+  return request;
+}
+
+std::string audioResponse(const std::string &bytes) {
+  Google_Assistant_Embedded_V1alpha1_AudioOut out;
+  out.setAudioData(bytes);
+  Response response;
+  response.setAudioOut(out);
+  return response.serialize();
+}
+
+/// A received response as text: its audio, or the name of the error.
+std::string asText(const std::optional<Response> &response, const std::optional<ClientError> &error) {
+  if (response.has_value() == error.has_value()) return "both or neither";
+  return error ? error->name() : response->audioOut().audioData();
+}
+
+/// A blocking receive in the same words.
+std::string receiveText(Call &call) {
+  try {
+    return asText(call.receive(), std::nullopt);
+  } catch (const ClientError &error) {
+    return error.name();
+  }
+}
+
+template <typename Operation>
+std::string raised(Operation operation) {
+  try {
+    operation();
+  } catch (const CallError &error) {
+    return error.name();
+  }
+  return "nothing";
+}
+
+/// A client of one scripted server.
+struct Client {
+  explicit Client(ScriptedServer::Script script)
+      : server(std::move(script)), service(server.address(), server.roots(), std::nullopt) {}
+
+  std::shared_ptr<Call> start() {
+    return service.converse([ended = ended](const CallResult &result) { ended.put(result); });
+  }
+  CallResult end() {
+    const auto results = ended.waitFor(1);
+    return results.empty() ? CallResult{.statusCode = -1, .statusMessage = "never ended"} : results.front();
+  }
+
+  Inbox<CallResult> ended;
+  ScriptedServer server;
+  Service service;
+};
+
+TEST(ConverseCall, KeepsABurstInOrderAndDeliversToTheEndAfterTheClose) {
+  Client client([](ScriptedServer::Call &call) -> End {
+    int expected = 0;
+    while (const auto bytes = call.read()) {
+      if (Request::parse(*bytes).audioIn() != std::to_string(expected++)) {
+        return {.code = StatusCode::internal, .message = "out of order"};
+      }
+    }
+    for (int i = 0; i < expected; ++i)
+      call.write(audioResponse(std::to_string(i)));
+    return {.trailing = {{"turns", "1"}}};
+  });
+  const auto call = client.start();
+  Inbox<bool> sent;
+  Inbox<int> closed;
+  for (int i = 0; i < 300; ++i) {
+    call->send(audio(std::to_string(i)), [&](const auto &error) { sent.put(!error); });
+  }
+  call->closeSend([&] { closed.put(1); });
+  for (int i = 0; i < 300; ++i)
+    ASSERT_EQ(receiveText(*call), std::to_string(i));
+  EXPECT_EQ(receiveText(*call), "endOfStream");
+  EXPECT_EQ(receiveText(*call), "endOfStream");
+  EXPECT_EQ(client.end().statusCode, 0);
+  EXPECT_THAT(client.end().trailingMetadata, ElementsAre(std::pair("turns", "1")));
+  EXPECT_EQ(sent.waitFor(300), std::vector<bool>(300, true));
+  EXPECT_EQ(closed.waitFor(1).size(), 1U);
+  EXPECT_EQ(client.ended.values().size(), 1U);
+}
+
+TEST(ConverseCall, BadBytesAreOneErrorAndTheStreamGoesOn) {
+  Client client([](ScriptedServer::Call &call) -> End {
+    for (const std::string &bytes : {std::string(), kTruncatedVarint, audioResponse("after")})
+      call.write(bytes);
+    return {};
+  });
+  const std::vector<std::string> expected{"", "invalidMessageReceived", "after", "endOfStream"};
+  const auto blocking = client.start();
+  for (const auto &text : expected)
+    EXPECT_EQ(receiveText(*blocking), text);
+
+  // The same with completions, each asking for the next as a screen does.
+  const auto call = client.start();
+  Inbox<std::string> received;
+  std::function<void()> next = [&] {
+    call->receive([&](std::optional<Response> response, std::optional<ClientError> error) {
+      EXPECT_TRUE(CompletionThread::isCurrent());
+      const bool more = response || error->errorCase() != ClientError::Case::endOfStream;
+      received.put(asText(response, error));
+      if (more) next();
+    });
+  };
+  next();
+  EXPECT_EQ(received.waitFor(4), expected);
+}
+
+TEST(ConverseCall, EarlierReceiversAreServedBeforeABlockingOne) {
+  Client client([](ScriptedServer::Call &call) -> End {
+    call.readAll();
+    for (int i = 0; i < 4; ++i)
+      call.write(audioResponse(std::to_string(i)));
+    return {};
+  });
+  for (int round = 0; round < 50; ++round) {
+    const auto call = client.start();
+    Inbox<std::string> received;
+    for (int i = 0; i < 2; ++i) {
+      call->receive([&](auto response, auto error) {
+        std::this_thread::yield();
+        received.put(asText(response, error));
+      });
+    }
+    call->closeSend();
+    received.put(receiveText(*call));
+    received.put(receiveText(*call));
+    ASSERT_THAT(received.waitFor(4), ElementsAre("0", "1", "2", "3"));
+  }
+}
+
+TEST(ConverseCall, OperationsAfterTheEndRaiseOrCompleteAndNeverHang) {
+  const struct {
+    const char *what;
+    StatusCode end;
+    bool cancel;
+    const char *send;
+    const char *close;
+  } cases[] = {{"ended well", StatusCode::ok, false, "callEnded", "nothing"},
+               {"refused", StatusCode::unauthenticated, false, "callEnded", "callEnded"},
+               {"cancelled", StatusCode::ok, true, "callEnded", "callEnded"}};
+  for (const auto &c : cases) {
+    Client client([&](ScriptedServer::Call &call) -> End {
+      if (c.cancel) call.waitForCancel();
+      return {.code = c.end, .message = "so be it", .details = "\x08\x10"};
+    });
+    const auto call = client.start();
+    if (c.cancel) call->cancel();
+    const CallResult result = client.end();
+    EXPECT_EQ(result.statusCode, static_cast<int>(c.cancel ? StatusCode::cancelled : c.end)) << c.what;
+    if (c.end == StatusCode::unauthenticated) {
+      EXPECT_EQ(result.statusMessage, "so be it");
+      EXPECT_EQ(result.resultData, "\x08\x10");
+    }
+    EXPECT_EQ(raised([&] { call->send(audio("late")); }), c.send) << c.what;
+    EXPECT_EQ(raised([&] { call->closeSend(); }), c.close) << c.what;
+    EXPECT_EQ(receiveText(*call), "endOfStream") << c.what;
+    Inbox<std::string> received;
+    call->receive([&](auto response, auto error) { received.put(asText(response, error)); });
+    EXPECT_THAT(received.waitFor(1), ElementsAre("endOfStream"));
+  }
+}
+
+TEST(ConverseCall, TheSendingSideClosesOnce) {
+  Client client([](ScriptedServer::Call &call) -> End {
+    call.readAll();
+    return {};
+  });
+  const auto call = client.start();
+  call->closeSend();
+  EXPECT_EQ(raised([&] { call->send(audio("late")); }), "sendingClosed");
+  EXPECT_EQ(raised([&] { call->closeSend(); }), "sendingClosed");
+  EXPECT_EQ(client.end().statusCode, 0);
+}
+
+TEST(ConverseCall, ABlockingOperationOnTheCompletionThreadRaises) {
+  Client client([](ScriptedServer::Call &call) -> End {
+    call.write(audioResponse("x"));
+    call.readAll();
+    return {};
+  });
+  const auto call = client.start();
+  Inbox<std::string> seen;
+  call->receive([&](auto, auto) {
+    seen.put(raised([&] { (void)call->receive(); }));
+    seen.put(raised([&] { call->closeSend(); }));
+  });
+  EXPECT_THAT(seen.waitFor(2), ElementsAre("completionThread", "completionThread"));
+}
+
+TEST(ConverseCall, MetadataTravelsOrIsRefusedBeforeACallIsMade) {
+  Inbox<Metadata> seen;
+  Client client([&](ScriptedServer::Call &call) -> End {
+    seen.put(call.metadata());
+    return {};
+  });
+  client.service.metadata() = {{"authorization", "Bearer "}, {"twice", "1"}, {"twice", "2"}};
+  const auto call = client.start();
+  EXPECT_EQ(client.end().statusCode, 0);
+  const Metadata got = seen.waitFor(1).at(0);
+  EXPECT_EQ(got.find("authorization")->second, "Bearer ");
+  EXPECT_EQ(got.count("twice"), 2U);
+
+  const std::pair<std::string, std::string> illegal[] = {{"authorization", "Bearer a\nb"},
+                                                         {"authorization", "Bearer \xC3\xA4"},
+                                                         {"Authorization", "x"},
+                                                         {"", "x"},
+                                                         {"with blank", "x"},
+                                                         {":path", "x"},
+                                                         {"grpc-timeout", "1S"},
+                                                         {"tab", "a\tb"}};
+  for (const auto &field : illegal) {
+    client.service.metadata() = {field};
+    EXPECT_EQ(raised([&] { (void)client.start(); }), "illegalMetadata") << field.first << "=" << field.second;
+  }
+  EXPECT_EQ(client.ended.values().size(), 1U);
+}
+
+TEST(ConverseCall, MayBeDestroyedAtAnyMoment) {
+  Client client([](ScriptedServer::Call &call) -> End {
+    while (const auto bytes = call.read()) {
+      if (!call.write(audioResponse(std::string(1600, 'x')))) break;
+    }
+    return {};
+  });
+  std::mt19937 random(7);
+  std::atomic<int> completions{0};
+  int asked = 0;
+  constexpr int kRounds = 150;
+  for (int round = 0; round < kRounds; ++round) {
+    auto call = client.start();
+    const int sends = static_cast<int>(random() % 6);
+    for (int i = 0; i < sends; ++i) {
+      call->send(audio(std::string(3200, 'y')), [&](const auto &) { ++completions; });
+      call->receive([&](auto, auto) { ++completions; });
+      asked += 2;
+    }
+    if (random() % 2 == 0) {
+      call->closeSend([&] { ++completions; });
+      ++asked;
+    }
+    std::this_thread::sleep_for(std::chrono::microseconds(random() % 2000));
+    call.reset();
+  }
+  EXPECT_EQ(client.ended.waitFor(kRounds).size(), static_cast<std::size_t>(kRounds));
+  // What was due at the end of the last calls is on its way.
+  const auto deadline = std::chrono::steady_clock::now() + tests::kPatience;
+  while (completions < asked && std::chrono::steady_clock::now() < deadline)
+    std::this_thread::yield();
+  EXPECT_EQ(completions, asked);
+}
+
+TEST(ConverseCall, ABlockedReceiverIsFreedWhenAnotherThreadCancels) {
+  Client client([](ScriptedServer::Call &call) -> End {
+    call.waitForCancel();
+    return {};
+  });
+  auto call = client.start();
+  std::thread canceller([&] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    call->cancel();
+  });
+  EXPECT_EQ(receiveText(*call), "endOfStream");
+  canceller.join();
+  EXPECT_EQ(client.end().statusCode, static_cast<int>(StatusCode::cancelled));
+}
+
+TEST(ConverseCall, LargeResponsesPassAndAnUnreadStreamIsHeldBack) {
+  Client large([](ScriptedServer::Call &call) -> End {
+    call.write(audioResponse(std::string(64U << 20U, 'L')));
+    return {};
+  });
+  EXPECT_EQ(receiveText(*large.start()).size(), 64U << 20U);
+
+  std::atomic<int> written{0};
+  constexpr int kMegabytes = 64;
+  Client unread([&](ScriptedServer::Call &call) -> End {
+    for (int i = 0; i < kMegabytes && call.write(audioResponse(std::string(1U << 20U, 'm'))); ++i)
+      ++written;
+    return {};
+  });
+  const auto call = unread.start();
+  EXPECT_EQ(receiveText(*call).size(), 1U << 20U);
+  std::this_thread::sleep_for(std::chrono::milliseconds(300));
+  EXPECT_LT(written, kMegabytes / 2);
+  for (int i = 1; i < kMegabytes; ++i)
+    ASSERT_EQ(receiveText(*call).size(), 1U << 20U);
+  EXPECT_EQ(receiveText(*call), "endOfStream");
+}
+
+TEST(ConverseCall, ABrokenConnectionEndsTheCallAndTheNextOneConnectsAgain) {
+  const ScriptedServer server([](ScriptedServer::Call &call) -> End {
+    call.write(audioResponse("x"));
+    call.readAll();
+    return {};
+  });
+  for (const bool reset : {true, false}) {
+    Relay relay(server.port());
+    const Service service(relay.address(), server.roots(), std::nullopt);
+    Inbox<CallResult> ended;
+    const auto started = std::chrono::steady_clock::now();
+    const auto call = service.converse([ended](const CallResult &result) { ended.put(result); });
+    EXPECT_EQ(receiveText(*call), "x");
+    reset ? relay.reset() : relay.freeze();
+    EXPECT_EQ(receiveText(*call), "endOfStream");
+    EXPECT_EQ(ended.waitFor(1).at(0).statusCode, static_cast<int>(StatusCode::unavailable));
+    EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(20));
+  }
+}
+
+TEST(ConverseCall, OnlyAServerWithTheRightCertificateIsTalkedTo) {
+  const auto script = [](ScriptedServer::Call &call) -> End {
+    call.readAll();
+    return {};
+  };
+  const ScriptedServer server(script);
+  const ScriptedServer other(script);
+  const ScriptedServer plain(script, ScriptedServer::Transport::plaintext);
+  const std::string localhost = "localhost:" + std::to_string(server.port());
+  const auto outcome = [&](const Service &service) {
+    Inbox<CallResult> ended;
+    const auto call = service.converse([ended](const CallResult &result) { ended.put(result); });
+    try {
+      call->closeSend();
+    } catch (const CallError &) {
+      // It failed already.
+    }
+    const auto results = ended.waitFor(1);
+    return results.empty() ? -1 : results.front().statusCode;
+  };
+  const struct {
+    const char *what;
+    std::string address;
+    std::optional<std::string> roots;
+    std::optional<std::string> host;
+    int status;
+  } cases[] = {{"by number", server.address(), server.roots(), {}, 0},
+               {"by name", localhost, server.roots(), {}, 0},
+               {"named otherwise", server.address(), server.roots(), "localhost", 0},
+               {"not its name", server.address(), server.roots(), "assistant.example", 14},
+               {"another authority", server.address(), other.roots(), {}, 14},
+               {"the system's roots", server.address(), {}, {}, 14},
+               {"empty roots", server.address(), "", {}, 14},
+               {"no certificate", server.address(), "nonsense", {}, 14},
+               {"truncated roots", server.address(), server.roots().substr(0, 99), {}, 14},
+               {"a plaintext server", plain.address(), server.roots(), {}, 14},
+               {"nobody there", "127.0.0.1:1", server.roots(), {}, 14},
+               {"no such name", "assistant.invalid", server.roots(), {}, 14}};
+  testing::internal::CaptureStderr();
+  for (const auto &c : cases)
+    EXPECT_EQ(outcome(Service(c.address, c.roots, c.host)), c.status) << c.what;
+  EXPECT_EQ(outcome(Service(plain.address())), 0);
+  // The library's own words about all this stay off the terminal.
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST(Channel, ALoopbackServiceIsReachedWhateverTheProxyVariablesSay) {
+  for (const char *variable : {"http_proxy", "https_proxy", "grpc_proxy"}) {
+    ::setenv(variable, "http://127.0.0.1:1", 1);
+  }
+  Client client([](ScriptedServer::Call &) -> End { return {}; });
+  const auto call = client.start();
+  EXPECT_EQ(client.end().statusCode, 0);
+}
+
+TEST(Channel, KnowsAddresses) {
+  const struct {
+    const char *address;
+    const char *withPort;
+    bool loopback;
+  } cases[] = {{"127.0.0.1", "127.0.0.1:443", true},
+               {"127.5.5.5:80", "127.5.5.5:80", true},
+               {"127.example.com", "127.example.com", false},
+               {"10.0.0.1", "10.0.0.1:443", false},
+               {"::1", "[::1]:443", true},
+               {"[::1]", "[::1]:443", true},
+               {"[::1]:8443", "[::1]:8443", true},
+               {"2001:db8::1", "[2001:db8::1]:443", false},
+               {"localhost", "localhost", true},
+               {"localhost:1", "localhost:1", true},
+               {"localhost.example:1", "localhost.example:1", false}};
+  for (const auto &c : cases) {
+    EXPECT_EQ(withDefaultPort(c.address), c.withPort);
+    EXPECT_EQ(isLoopback(c.address), c.loopback) << c.address;
+  }
+}
+
+TEST(CallResult, ItsDescriptionShowsNoToken) {
+  const CallResult result{.statusCode = 16,
+                          .statusMessage = "no",
+                          .resultData = {},
+                          .initialMetadata = {{"authorization", "Bearer ya29.secret-token"}},
+                          .trailingMetadata = {{"set-cookie", "session-id-value"}, {"k", "v"}}};
+  const std::string text = result.description();
+  EXPECT_THAT(text, HasSubstr("16"));
+  EXPECT_THAT(text, HasSubstr("k: v"));
+  EXPECT_THAT(text, HasSubstr("Bearer ya29"));
+  EXPECT_EQ(text.find("secret"), std::string::npos);
+  EXPECT_EQ(text.find("session-id"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace velmora
