@@ -1,0 +1,132 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+#include "assistant/EndOfUtterance.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace velmora {
+namespace {
+
+constexpr std::size_t kFrame = 160;  // samples: 10 ms, the unit of all the counts below
+
+constexpr std::size_t kNoiseWindow = 200;  // 2 s: longer than anybody speaks without a dip to the noise
+constexpr double kOverNoise = 9.0;         // dB
+constexpr double kLeastSpeech = -60.0;     // dBFS; nobody who means the microphone is as quiet as this
+constexpr double kNoSound = -90.0;         // dBFS; less than the last bit: a muted or a starting microphone
+
+constexpr std::size_t kStartWindow = 15;
+constexpr std::ptrdiff_t kStartVoiced = 8;  // longer than any click
+constexpr std::size_t kClickShare = 10;     // one in so many frames of the hang-over may be a click
+constexpr std::size_t kMargin = 30;         // a quiet first or last consonant, and the decoder's run-up
+
+/// The level in dBFS without the frame's mean: an offset of the microphone and hum are no speech.
+double levelOf(std::span<const std::int16_t> frame) {
+  double sum = 0.0;
+  double squares = 0.0;
+  for (const std::int16_t sample : frame) {
+    sum += sample;
+    squares += static_cast<double>(sample) * sample;
+  }
+  const double mean = sum / static_cast<double>(frame.size());
+  const double power = squares / static_cast<double>(frame.size()) - mean * mean;
+  return 10.0 * std::log10(std::max(power, 1e-3) / (32768.0 * 32768.0));
+}
+
+std::size_t framesOf(std::chrono::milliseconds time) { return static_cast<std::size_t>(time.count() / 10); }
+
+}  // namespace
+
+EndOfUtterance::EndOfUtterance(const Limits &limits) : m_limits(limits) { m_rest.reserve(kFrame); }
+
+EndOfUtterance::State EndOfUtterance::feed(std::span<const std::int16_t> samples) {
+  while (!hasEnded() && !samples.empty()) {
+    const std::size_t count = std::min(samples.size(), kFrame - m_rest.size());
+    m_rest.insert(m_rest.end(), samples.begin(), samples.begin() + static_cast<std::ptrdiff_t>(count));
+    samples = samples.subspan(count);
+    if (m_rest.size() < kFrame) break;
+    const double level = levelOf(m_rest);
+    m_rest.clear();
+    takeFrame(level);
+  }
+  return m_state;
+}
+
+EndOfUtterance::State EndOfUtterance::finish() {
+  if (m_state == State::listening) {
+    m_state = State::nothingSaid;
+  } else if (m_state == State::speaking) {
+    const auto lastVoiced = std::find(m_voiced.rbegin(), m_voiced.rend(), true).base() - m_voiced.begin();
+    end(static_cast<std::size_t>(lastVoiced) + kMargin);
+  }
+  return m_state;
+}
+
+void EndOfUtterance::takeFrame(double level) {
+  m_levels.push_back(level);
+  // A microphone that gives nothing says nothing about the room.
+  if (level > kNoSound) {
+    if (m_noise.size() < kNoiseWindow) {
+      m_noise.push_back(level);
+    } else {
+      m_noise[m_oldestNoise] = level;
+      m_oldestNoise = (m_oldestNoise + 1) % kNoiseWindow;
+    }
+  }
+  markVoiced();
+
+  const std::size_t now = m_levels.size();
+  if (m_state == State::listening) lookForSpeech();
+  if (m_state == State::listening && now >= framesOf(m_limits.patience)) m_state = State::nothingSaid;
+  if (m_state != State::speaking) return;
+
+  const std::size_t hangOver = framesOf(m_limits.hangOver);
+  if (now - m_firstVoiced >= framesOf(m_limits.longest)) {
+    end(now);
+  } else if (now - m_firstVoiced >= hangOver) {
+    const auto clicks =
+        std::count(m_voiced.end() - static_cast<std::ptrdiff_t>(hangOver), m_voiced.end(), true);
+    const std::size_t allowed = hangOver / kClickShare;
+    // The last of the speech may be what is allowed for clicks.
+    if (clicks <= static_cast<std::ptrdiff_t>(allowed)) end(now - hangOver + allowed + kMargin);
+  }
+}
+
+void EndOfUtterance::markVoiced() {
+  std::vector<double> sorted = m_noise;
+  double threshold = kLeastSpeech;
+  if (!sorted.empty()) {
+    const auto tenth = sorted.begin() + static_cast<std::ptrdiff_t>(sorted.size() / 10);
+    std::nth_element(sorted.begin(), tenth, sorted.end());
+    threshold = std::max(threshold, *tenth + kOverNoise);
+  }
+  // Until the room is known, speech passes for its noise; when the first dip shows what the noise is, the
+  // frames so far are judged again. Later they are not: noise that stops would become speech.
+  const std::size_t known = m_noise.size() < kNoiseWindow ? 0 : m_voiced.size();
+  m_voiced.resize(m_levels.size());
+  for (std::size_t frame = known; frame < m_levels.size(); ++frame)
+    m_voiced[frame] = m_levels[frame] > threshold;
+}
+
+void EndOfUtterance::lookForSpeech() {
+  const std::size_t from =
+      m_noise.size() < kNoiseWindow || m_voiced.size() < kStartWindow ? 0 : m_voiced.size() - kStartWindow;
+  for (std::size_t frame = from; frame < m_voiced.size(); ++frame) {
+    if (!m_voiced[frame]) continue;
+    const auto first = m_voiced.begin() + static_cast<std::ptrdiff_t>(frame);
+    const auto last =
+        m_voiced.begin() + static_cast<std::ptrdiff_t>(std::min(frame + kStartWindow, m_voiced.size()));
+    if (std::count(first, last, true) < kStartVoiced) continue;
+    m_state = State::speaking;
+    m_firstVoiced = frame;
+    return;
+  }
+}
+
+void EndOfUtterance::end(std::size_t frame) {
+  m_state = State::ended;
+  m_utterance.begin = (m_firstVoiced - std::min(m_firstVoiced, kMargin)) * kFrame;
+  m_utterance.end = std::min(frame * kFrame, m_levels.size() * kFrame + m_rest.size());
+}
+
+}  // namespace velmora
