@@ -8,6 +8,8 @@
 #include <cstdlib>
 #include <nlohmann/json.hpp>
 
+#include "foundation/Endpoint.h"
+
 namespace velmora {
 namespace {
 
@@ -79,10 +81,6 @@ std::filesystem::path Deployment::resource(std::string_view name, std::string_vi
   return folder / (std::string(name) + '.' + std::string(type));
 }
 
-std::string Deployment::address() const {
-  if (!port) return host;
-  const bool bareIPv6 = host.find(':') != std::string::npos && host.front() != '[';
-  return (bareIPv6 ? '[' + host + ']' : host) + ':' + std::to_string(*port);
-}
+std::string Deployment::address() const { return Endpoint{.host = host, .port = port}.address(); }
 
 }  // namespace velmora

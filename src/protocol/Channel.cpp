@@ -2,12 +2,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "protocol/Channel.h"
 
-#include <arpa/inet.h>
 #include <grpcpp/create_channel.h>
 #include <grpcpp/security/credentials.h>
 
-#include <algorithm>
-
+#include "foundation/Endpoint.h"
 #include "protocol/CompletionThread.h"
 
 namespace velmora {
@@ -19,23 +17,6 @@ constexpr int kKeepaliveMs = 10'000;
 constexpr int kKeepaliveTimeoutMs = 5'000;
 // Far above any answer, far below what would endanger the machine.
 constexpr int kLargestResponse = 128 * 1024 * 1024;
-
-bool isIPv4(const std::string &text) {
-  in_addr address{};
-  return ::inet_pton(AF_INET, text.c_str(), &address) == 1;
-}
-
-bool isIPv6(const std::string &text) {
-  in6_addr address{};
-  return ::inet_pton(AF_INET6, text.c_str(), &address) == 1;
-}
-
-/// The host alone, without port and brackets.
-std::string hostOf(const std::string &address) {
-  if (isIPv6(address)) return address;
-  if (address.starts_with('[')) return address.substr(1, address.find(']') - 1);
-  return address.substr(0, address.rfind(':'));
-}
 
 std::shared_ptr<grpc::Channel> connect(const std::string &address,
                                        const std::optional<std::string> &authority,
@@ -88,15 +69,15 @@ std::shared_ptr<Channel> Channel::secure(const std::string &address,
 }
 
 std::string withDefaultPort(const std::string &address) {
-  if (isIPv4(address)) return address + ":443";
-  if (isIPv6(address)) return '[' + address + "]:443";
-  if (address.starts_with('[') && address.ends_with(']')) return address + ":443";
-  return address;
+  auto endpoint = Endpoint::parse(address);
+  if (!endpoint || endpoint->port || !endpoint->isLiteral()) return address;
+  endpoint->port = 443;
+  return endpoint->address();
 }
 
 bool isLoopback(const std::string &address) {
-  const std::string host = hostOf(address);
-  return host == "localhost" || host == "::1" || (isIPv4(host) && host.starts_with("127."));
+  const auto endpoint = Endpoint::parse(address);
+  return endpoint && endpoint->isLoopback();
 }
 
 }  // namespace velmora

@@ -1,0 +1,64 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/ConverseProgram.h"
+
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+
+#include "foundation/Log.h"
+#include "tools/AnswerFile.h"
+#include "tools/Conversation.h"
+#include "tools/Options.h"
+#include "tools/Report.h"
+#include "tools/StandardOutput.h"
+#include "tools/TurnAudio.h"
+
+namespace velmora {
+namespace {
+
+constexpr int kFailed = 1;
+constexpr int kWrongArguments = 2;
+
+void complain(const std::string &what) { standardErrorSink()("velmora-converse: " + plainText(what)); }
+
+void chooseLog(bool verbose) {
+  setLogSink(verbose ? standardErrorSink() : LogSink());
+  // gRPC writes complaints of its own beside the one line that explains a failure.
+  if (!verbose) ::setenv("GRPC_VERBOSITY", "NONE", 0);
+}
+
+void run(const std::vector<std::string> &arguments) {
+  const Options options = Options::parse(arguments);
+  if (options.action != Options::Action::converse) {
+    const bool help = options.action == Options::Action::showHelp;
+    return writeAll(STDOUT_FILENO, help ? Options::help() : Options::version(), [] { return false; });
+  }
+  chooseLog(options.verbose);
+  const Interruption interruption;
+  checkAudio(options.audio);
+  if (options.saveAnswer) checkAnswerFiles(*options.saveAnswer, options.audio.size());
+  converse(options, interruption);
+}
+
+}  // namespace
+
+int runConverse(const std::vector<std::string> &arguments) {
+  holdStandardStreams();
+  // A reader that is gone and a file-size limit are errors of a write, not the end of the program.
+  std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);
+  try {
+    run(arguments);
+    return EXIT_SUCCESS;
+  } catch (const UsageError &error) {
+    complain(std::string(error.what()) + "; see velmora-converse --help");
+    return kWrongArguments;
+  } catch (const std::exception &error) {
+    complain(Interruption::arrived() ? "interrupted" : error.what());
+    return kFailed;
+  }
+}
+
+}  // namespace velmora

@@ -1,0 +1,226 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/Options.h"
+
+#include <getopt.h>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <string_view>
+
+namespace velmora {
+namespace {
+
+// Above every character, so that none is taken for a short option.
+enum Option : int {
+  kDeployment = 256,
+  kLocal,
+  kToken,
+  kEndpoint,
+  kRoots,
+  kVolume,
+  kSaveAnswer,
+  kJson,
+  kFast,
+  kTimeout,
+  kVerbose,
+  kHelp,
+  kVersion
+};
+
+constexpr std::array kOptions{option{"deployment", required_argument, nullptr, kDeployment},
+                              option{"local", no_argument, nullptr, kLocal},
+                              option{"token", required_argument, nullptr, kToken},
+                              option{"endpoint", required_argument, nullptr, kEndpoint},
+                              option{"roots", required_argument, nullptr, kRoots},
+                              option{"volume", required_argument, nullptr, kVolume},
+                              option{"save-answer", required_argument, nullptr, kSaveAnswer},
+                              option{"json", no_argument, nullptr, kJson},
+                              option{"fast", no_argument, nullptr, kFast},
+                              option{"timeout", required_argument, nullptr, kTimeout},
+                              option{"verbose", no_argument, nullptr, kVerbose},
+                              option{"help", no_argument, nullptr, kHelp},
+                              option{"version", no_argument, nullptr, kVersion},
+                              option{nullptr, 0, nullptr, 0}};
+
+constexpr double kLongestTimeout = 24 * 60 * 60;  // seconds
+
+std::string nameOf(int value) {
+  const auto *found = std::find_if(kOptions.begin(), kOptions.end() - 1,
+                                   [&](const option &candidate) { return candidate.val == value; });
+  return found == kOptions.end() - 1 ? std::string{'-', static_cast<char>(value)}
+                                     : "--" + std::string(found->name);
+}
+
+template <typename Number>
+std::optional<Number> numberIn(std::string_view text) {
+  Number number{};
+  const char *const end = text.data() + text.size();
+  const auto [rest, error] = std::from_chars(text.data(), end, number);
+  if (error != std::errc() || rest != end) return std::nullopt;
+  return number;
+}
+
+std::int32_t volumeOf(const std::string &text) {
+  const auto volume = numberIn<std::int32_t>(text);
+  if (!volume || *volume < 0 || *volume > 100) {
+    throw UsageError("--volume takes a number from 0 to 100, not '" + text + "'");
+  }
+  return *volume;
+}
+
+std::chrono::milliseconds timeoutOf(const std::string &text) {
+  const auto seconds = numberIn<double>(text);
+  if (!seconds || !(*seconds > 0) || *seconds > kLongestTimeout) {
+    throw UsageError("--timeout takes a number of seconds above 0, not '" + text + "'");
+  }
+  return std::chrono::ceil<std::chrono::milliseconds>(std::chrono::duration<double>(*seconds));
+}
+
+Endpoint endpointOf(const std::string &text) {
+  if (auto endpoint = Endpoint::parse(text)) return *std::move(endpoint);
+  throw UsageError("--endpoint takes HOST, HOST:PORT or [IPv6]:PORT, not '" + text + "'");
+}
+
+/// A token goes into a header; what a header cannot carry would end in an error that nobody understands.
+std::string tokenOf(const std::string &text) {
+  const auto printable = [](char c) { return c > ' ' && c < '\x7f'; };
+  if (!std::all_of(text.begin(), text.end(), printable)) {
+    throw UsageError("--token takes printable ASCII characters without blanks");
+  }
+  return text;
+}
+
+void set(Options &options, int value, const std::string &argument) {
+  if (argument.empty() && value != kLocal && value != kJson && value != kFast && value != kVerbose) {
+    throw UsageError(nameOf(value) + " needs a value that is not empty");
+  }
+  switch (value) {
+    case kDeployment:
+      options.deployment = argument;
+      break;
+    case kLocal:
+      options.local = true;
+      break;
+    case kToken:
+      options.token = tokenOf(argument);
+      break;
+    case kEndpoint:
+      options.endpoint = endpointOf(argument);
+      break;
+    case kRoots:
+      options.roots = argument;
+      break;
+    case kVolume:
+      options.volume = volumeOf(argument);
+      break;
+    case kSaveAnswer:
+      options.saveAnswer = argument;
+      break;
+    case kJson:
+      options.json = true;
+      break;
+    case kFast:
+      options.fast = true;
+      break;
+    case kTimeout:
+      options.timeout = timeoutOf(argument);
+      break;
+    default:
+      options.verbose = true;
+      break;
+  }
+}
+
+void checkTogether(const Options &options) {
+  if (options.local && options.deployment) throw UsageError("--local and --deployment exclude each other");
+  if (options.local && options.endpoint) throw UsageError("--local and --endpoint exclude each other");
+  if (options.local && options.roots) throw UsageError("--local and --roots exclude each other");
+  if (options.audio.empty()) throw UsageError("no audio file is given");
+  if (std::count(options.audio.begin(), options.audio.end(), "-") > 1) {
+    throw UsageError("standard input (-) can be read only once");
+  }
+  if (std::find(options.audio.begin(), options.audio.end(), "") != options.audio.end()) {
+    throw UsageError("the name of an audio file is empty");
+  }
+}
+
+}  // namespace
+
+Options Options::parse(const std::vector<std::string> &arguments) {
+  std::vector<std::string> texts{"velmora-converse"};
+  texts.insert(texts.end(), arguments.begin(), arguments.end());
+  std::vector<char *> pointers;
+  for (std::string &text : texts)
+    pointers.push_back(text.data());
+  const int count = static_cast<int>(pointers.size());
+  pointers.push_back(nullptr);
+
+  Options options;
+  ::optind = 0;  // begins anew, whatever was parsed before
+  ::opterr = 0;
+  for (;;) {
+    // The colon tells a missing value (':') from an unknown option ('?').
+    const int value = ::getopt_long(count, pointers.data(), ":", kOptions.data(), nullptr);
+    if (value == -1) break;
+    if (value == kHelp || value == kVersion) {
+      options.action = value == kHelp ? Action::showHelp : Action::showVersion;
+      return options;
+    }
+    if (value == ':') throw UsageError(nameOf(::optopt) + " needs a value");
+    if (value == '?' && ::optopt > 255) throw UsageError(nameOf(::optopt) + " takes no value");
+    if (value == '?') {
+      const std::string name =
+          ::optopt != 0 ? nameOf(::optopt) : pointers[static_cast<std::size_t>(::optind) - 1];
+      throw UsageError("unknown option '" + name + "'");
+    }
+    set(options, value, ::optarg ? ::optarg : "");
+  }
+  for (int i = ::optind; i < count; ++i)
+    options.audio.emplace_back(pointers[static_cast<std::size_t>(i)]);
+  checkTogether(options);
+  return options;
+}
+
+std::string Options::help() {
+  return R"(Usage: velmora-converse [OPTION]... AUDIO...
+
+Speaks each AUDIO file to the assistant, one turn of a conversation after the
+other, and prints what was understood and answered. AUDIO is a sound file of any
+rate and width (WAV, FLAC, ...), or - for raw samples on standard input (16 kHz,
+mono, 16 bits, little-endian).
+
+The service:
+  --deployment DIR        the folder that describes it
+  --local                 the local assistant, started for this conversation
+  --endpoint HOST[:PORT]  another address than the deployment's
+  --roots FILE            other TLS roots (PEM) than the deployment's
+  --token T               the access token; others can see it in the list of
+                          processes. Without it: the local assistant's own, else
+                          the one stored at sign-in
+Without any of them: the deployment named by VELMORA_DEPLOYMENT, else the one in
+the user's configuration folder, else the local assistant.
+
+The conversation:
+  --fast                  send the audio at once and not in real time
+  --volume N              the volume asked for, 0 to 100 (default 100)
+  --timeout S             longest wait for the service after the last audio, in
+                          seconds (default 30)
+
+What comes out:
+  --json                  one JSON object a turn on standard output
+  --save-answer FILE      write the spoken answer (MP3); with several turns to
+                          FILE-1, FILE-2, ..., the number before the extension
+  --verbose               the engine's log on standard error
+  --help, --version       this text, the version
+
+Ends with 0 when every turn was answered, 1 when something failed (one line on
+standard error says what), 2 when the arguments are wrong.
+)";
+}
+
+std::string Options::version() { return "velmora-converse " VELMORA_VERSION "\n"; }
+
+}  // namespace velmora

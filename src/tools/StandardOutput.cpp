@@ -1,0 +1,43 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/StandardOutput.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <stdexcept>
+#include <string>
+
+namespace velmora {
+
+void holdStandardStreams() {
+  for (const int number : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (::fcntl(number, F_GETFD) >= 0) continue;
+    // Opened the wrong way round on purpose: using it fails as it would if it were closed. The lowest free
+    // number is given, and all below are taken by now.
+    [[maybe_unused]] const int held = ::open("/dev/null", number == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+  }
+}
+
+void writeAll(int descriptor, std::string_view text, const std::function<bool()> &interrupted) {
+  while (!text.empty()) {
+    const ssize_t written = ::write(descriptor, text.data(), text.size());
+    if (written >= 0) {
+      text.remove_prefix(static_cast<std::size_t>(written));
+      continue;
+    }
+    const int error = errno;
+    if (interrupted()) throw std::runtime_error("interrupted");
+    if (error == EAGAIN) {
+      pollfd watched{.fd = descriptor, .events = POLLOUT, .revents = 0};
+      ::poll(&watched, 1, -1);
+    } else if (error != EINTR) {
+      throw std::runtime_error(std::string("standard output cannot be written to: ") + std::strerror(error));
+    }
+  }
+}
+
+}  // namespace velmora

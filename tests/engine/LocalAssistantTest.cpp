@@ -1,0 +1,185 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+//
+// Shell scripts stand in for the assistant.
+#include "engine/LocalAssistant.h"
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+#include <csignal>
+#include <thread>
+
+#include "foundation/Deployment.h"
+#include "platform/process/WakePipe.h"
+#include "support/CapturedLog.h"
+#include "support/TemporaryFolder.h"
+
+namespace velmora {
+namespace {
+
+using namespace std::chrono_literals;
+using ::testing::AllOf;
+using ::testing::ContainsRegex;
+using ::testing::HasSubstr;
+using ::testing::Not;
+using ::testing::StartsWith;
+using tests::CapturedLog;
+
+class LocalAssistantTest : public ::testing::Test {
+ protected:
+  LocalAssistantTest() {
+    (void)m_folder.write("deployment.json", R"({"host": "localhost", "port": 1, "scope": "converse"})");
+    if (::mkfifo(path("news").c_str(), 0600) != 0) throw std::runtime_error("mkfifo");
+  }
+
+  [[nodiscard]] std::string path(const char *name) const { return (m_folder.path() / name).string(); }
+
+  /// A script that runs in the test's folder.
+  [[nodiscard]] LocalAssistant::Settings assistant(const std::string &script) const {
+    const auto file =
+        m_folder.write("assistant", "#!/bin/sh\ncd '" + m_folder.path().string() + "'\n" + script + "\n");
+    std::filesystem::permissions(file, std::filesystem::perms::owner_all);
+    return {.program = file, .startLimit = 10s, .stopLimit = 5s};
+  }
+
+  /// What a good one says.
+  [[nodiscard]] std::string ready(const std::string &address = "localhost:4711") const {
+    return "echo '{\"address\": \"" + address + "\", \"deployment\": \"" + m_folder.path().string() +
+           "\"}'\n";
+  }
+
+  /// The next thing that a stand-in writes to the pipe "news"; waits for it.
+  [[nodiscard]] std::string news() const { return readFile(path("news")); }
+
+  static std::string failure(const LocalAssistant::Settings &settings) {
+    try {
+      const LocalAssistant assistant(settings);
+      return "no failure";
+    } catch (const LocalAssistantError &error) {
+      return error.what();
+    }
+  }
+
+  tests::TemporaryFolder m_folder;
+};
+
+const std::string kUntilEnd = "exec cat\n";
+
+TEST_F(LocalAssistantTest, GivesADeploymentAndATokenThatOnlyTheChildWasTold) {
+  const auto settings = assistant("echo $$ \"$@\" >called; printf %s \"$VELMORA_ASSISTANT_TOKEN\" >token\n" +
+                                  ready() + kUntilEnd);
+  ::setenv("VELMORA_ASSISTANT_TOKEN", "an inherited one", 1);
+  pid_t pid = 0;
+  std::string token;
+  {
+    const LocalAssistant local(settings);
+    token = local.token();
+    EXPECT_EQ(local.deployment().address(), "localhost:4711");
+    EXPECT_EQ(local.deployment().scope, "converse");
+    EXPECT_EQ(local.deployment().resource("roots", "pem"), m_folder.path() / "roots.pem");
+    EXPECT_EQ(readFile(path("token")), token);
+    EXPECT_THAT(token, ::testing::MatchesRegex("[A-Za-z0-9_-]{43}"));
+    std::istringstream called(readFile(path("called")));
+    std::string arguments;
+    called >> pid >> std::ws;
+    std::getline(called, arguments);
+    EXPECT_EQ(arguments, "--port 0 --stop-at-eof");
+    EXPECT_EQ(::kill(pid, 0), 0);
+  }
+  EXPECT_EQ(::kill(pid, 0), -1) << "neither ended nor reaped";
+  EXPECT_NE(LocalAssistant(settings).token(), token);
+  ::unsetenv("VELMORA_ASSISTANT_TOKEN");
+}
+
+TEST_F(LocalAssistantTest, TakesItsTimeWithinTheLimit) {
+  const LocalAssistant local(
+      assistant("printf '{\"address\": \"127.0.0.1'; sleep 0.1; printf ':5\",'; sleep 0.1\n"
+                "echo '\"deployment\": \"'$PWD'\", \"later\": 1}'\n" +
+                kUntilEnd));
+  EXPECT_EQ(local.deployment().address(), "127.0.0.1:5");
+}
+
+TEST_F(LocalAssistantTest, SaysInOneLineWhyItDoesNotServe) {
+  const std::string complain = "echo 'first complaint' >&2; printf 'no model found\\n\\n' >&2\n";
+  const struct {
+    std::string script;
+    const char *says;
+    std::chrono::milliseconds startLimit = 10s;
+  } cases[] = {
+      {complain + "exit 3", "ended with exit code 3 before it was ready: no model found$"},
+      {complain + "kill -9 $$", "was ended by signal 9 before it was ready: no model found$"},
+      {"printf 'half a line' >&2", "ended with exit code 0 before it was ready: half a line$"},
+      {complain + "echo hello; " + kUntilEnd, "did not say where it listens but \"hello\": no model found$"},
+      {"echo '[1]'", "did not say where it listens but \"\\[1\\]\"$"},
+      {"echo '{\"address\": \"localhost:1\"}'", "did not say where"},
+      {"echo '{\"address\": \"localhost\", \"deployment\": \".\"}'", "did not say where"},
+      {"echo '{\"address\": 7, \"deployment\": \".\"}'", "did not say where"},
+      {"head -c 100000 /dev/zero | tr '\\0' x; " + kUntilEnd,
+       "did not say where it listens but \"x{300}…\"$"},
+      {ready("192.0.2.1:443") + kUntilEnd, "listens outside this machine, at 192.0.2.1$"},
+      {"echo '{\"address\": \"localhost:1\", \"deployment\": \"/none\"}'",
+       "cannot be used: /none/deployment.json"},
+      {"exec sleep 60 >&-", "closed its output before it was ready$"},
+      {"echo '{\"address\": \"localhost:1\", \"deployment\": \".\"}'", "did not say where"},
+      {complain + kUntilEnd, "was not ready within 0.3 s: no model found$", 300ms},
+  };
+  const CapturedLog log;
+  for (const auto &c : cases) {
+    auto settings = assistant(c.script);
+    settings.startLimit = c.startLimit;
+    EXPECT_THAT(failure(settings),
+                AllOf(StartsWith("the local assistant "), ContainsRegex(c.says), Not(HasSubstr("\n"))))
+        << c.script;
+  }
+  EXPECT_GT(log.count("velmora-assistant: first complaint"), 0);
+}
+
+TEST_F(LocalAssistantTest, SaysWhatCannotBeStarted) {
+  EXPECT_THAT(failure({.program = path("none")}),
+              HasSubstr("could not be started: " + path("none") + ": No such file"));
+  EXPECT_THAT(failure({.program = m_folder.write("data", "")}), HasSubstr("data: Permission denied"));
+}
+
+TEST_F(LocalAssistantTest, TheStartCanBeGivenUp) {
+  const WakePipe cancel;
+  auto settings = assistant("echo >news; " + kUntilEnd);
+  settings.startLimit = std::chrono::hours(1);
+  settings.cancelDescriptor = cancel.descriptor();
+  std::thread user([&] {
+    (void)news();
+    cancel.wake();
+  });
+  EXPECT_EQ(failure(settings), "the local assistant was stopped before it was ready");
+  user.join();
+}
+
+TEST_F(LocalAssistantTest, OneThatIgnoresTheRequestToEndIsKilled) {
+  // The sleeping grandchild keeps the pipes open: the end must not wait for it.
+  auto settings = assistant("trap '' TERM; echo $$ >pid\n" + ready() + "while :; do sleep 5; done");
+  settings.stopLimit = 100ms;
+  { const LocalAssistant local(settings); }
+  EXPECT_EQ(::kill(static_cast<pid_t>(std::stoi(readFile(path("pid")))), 0), -1);
+}
+
+TEST_F(LocalAssistantTest, ATalkativeOneIsNeverHeldUp) {
+  const CapturedLog log;
+  const LocalAssistant local(assistant(ready() +
+                                       "head -c 1000000 /dev/zero; head -c 1000000 /dev/zero >&2\n" +
+                                       "echo done >news; " + kUntilEnd));
+  EXPECT_EQ(news(), "done\n");
+}
+
+TEST_F(LocalAssistantTest, EndsWithAProgramThatIsKilled) {
+  const auto settings = assistant(ready() + "cat >/dev/null; echo ended >news");
+  EXPECT_EXIT(
+      {
+        const LocalAssistant local(settings);
+        ::raise(SIGKILL);
+      },
+      ::testing::KilledBySignal(SIGKILL), "");
+  EXPECT_EQ(news(), "ended\n");
+}
+
+}  // namespace
+}  // namespace velmora

@@ -1,0 +1,50 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+#include "foundation/Endpoint.h"
+
+#include <gtest/gtest.h>
+
+namespace velmora {
+namespace {
+
+TEST(Endpoint, ReadsHostsAndPorts) {
+  const struct {
+    std::string text;
+    std::optional<Endpoint> endpoint;
+    bool loopback = false;
+  } cases[] = {{"a.example", Endpoint{"a.example", {}}},
+               {"a.example:443", Endpoint{"a.example", 443}},
+               {"localhost:65535", Endpoint{"localhost", 65535}, true},
+               {"127.1.2.3:1", Endpoint{"127.1.2.3", 1}, true},
+               {"127.evil.example:1", Endpoint{"127.evil.example", 1}},
+               {"[::1]:443", Endpoint{"::1", 443}, true},
+               {"[::1]", Endpoint{"::1", {}}, true},
+               {"::1", Endpoint{"::1", {}}, true},
+               {"fe80::1", Endpoint{"fe80::1", {}}},
+               {std::string(253, 'a'), Endpoint{std::string(253, 'a'), {}}},
+               {std::string(254, 'a'), {}},
+               {"", {}},
+               {":443", {}},
+               {"a.example:", {}},
+               {"a.example:0", {}},
+               {"a.example:65536", {}},
+               {"a.example:-1", {}},
+               {"a.example:+1", {}},
+               {"a.example: 443", {}},
+               {"a.example:443x", {}},
+               {"https://a.example", {}},
+               {"a example", {}},
+               {"-a.example", {}},
+               {"[::1", {}},
+               {"[::1]443", {}},
+               {"[a.example]:443", {}},
+               {"[]:443", {}},
+               {"1:2:3", {}}};
+  for (const auto &c : cases) {
+    EXPECT_EQ(Endpoint::parse(c.text), c.endpoint) << c.text;
+    EXPECT_EQ(c.endpoint && c.endpoint->isLoopback(), c.loopback) << c.text;
+  }
+}
+
+}  // namespace
+}  // namespace velmora
