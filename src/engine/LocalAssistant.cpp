@@ -9,7 +9,7 @@
 #include <sstream>
 #include <system_error>
 
-#include "engine/Endpoint.h"
+#include "foundation/Endpoint.h"
 #include "foundation/Log.h"
 #include "platform/process/ChildProcess.h"
 

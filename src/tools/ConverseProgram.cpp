@@ -23,19 +23,13 @@ constexpr int kWrongArguments = 2;
 
 void complain(const std::string &what) { standardErrorSink()("velmora-converse: " + plainText(what)); }
 
-void chooseLog(bool verbose) {
-  setLogSink(verbose ? standardErrorSink() : LogSink());
-  // gRPC writes complaints of its own beside the one line that explains a failure.
-  if (!verbose) ::setenv("GRPC_VERBOSITY", "NONE", 0);
-}
-
 void run(const std::vector<std::string> &arguments) {
   const Options options = Options::parse(arguments);
   if (options.action != Options::Action::converse) {
     const bool help = options.action == Options::Action::showHelp;
     return writeAll(STDOUT_FILENO, help ? Options::help() : Options::version(), [] { return false; });
   }
-  chooseLog(options.verbose);
+  setLogSink(options.verbose ? standardErrorSink() : LogSink());
   const Interruption interruption;
   checkAudio(options.audio);
   if (options.saveAnswer) checkAnswerFiles(*options.saveAnswer, options.audio.size());

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/Endpoint.h"
+#include "foundation/Endpoint.h"
 
 namespace velmora {
 
