@@ -303,10 +303,12 @@ TEST(Messages, SurviveBeingAssignedFromThemselves) {
   result.setSpokenResponseText(result.spokenRequestText());
   EXPECT_EQ(result.spokenResponseText(), "t");
 
-  Response taken = std::move(response);
-  EXPECT_EQ(response, Response());  // NOLINT(bugprone-use-after-move): a moved-from message is a default one
-  response.setEventType(Response::EventType::endOfUtterance);
+  std::vector<Response> moved{response};
+  Response taken = std::move(moved[0]);
+  EXPECT_EQ(moved[0], Response());
+  moved[0].setEventType(Response::EventType::endOfUtterance);
   EXPECT_EQ(taken, understood("t"));
+
   config.clearAudioOutConfig();
   EXPECT_TRUE(copy.hasAudioOutConfig());
   EXPECT_EQ(config, Config());
