@@ -5,6 +5,7 @@
 #include <grpc/support/log.h>
 #include <grpcpp/alarm.h>
 #include <grpcpp/completion_queue.h>
+#include <openssl/crypto.h>
 
 #include <cstdlib>
 #include <mutex>
@@ -23,6 +24,10 @@ namespace velmora {
 namespace {
 
 thread_local bool onCompletionThread = false;
+
+/// gRPC's threads run to the very end of the process: OpenSSL must not be torn down under a handshake by
+/// exit(3). Asked while the program loads, since only the first initialisation counts.
+[[maybe_unused]] const int keepOpenSsl = OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr);
 
 /// Work on its way to the thread; deletes itself.
 class PostedWork final : public CompletionTag {
@@ -49,12 +54,14 @@ void *CompletionTag::asTag() {
 
 struct CompletionThread::Implementation {
   grpc::CompletionQueue queue;
+  std::thread thread;
+  bool stopped = false;  // on the thread only
 
   void run() {
     onCompletionThread = true;
     void *pointer = nullptr;
     bool ok = false;
-    while (queue.Next(&pointer, &ok)) {
+    while (!stopped && queue.Next(&pointer, &ok)) {
       __tsan_acquire(pointer);
       static_cast<CompletionTag *>(pointer)->complete(ok);
     }
@@ -62,12 +69,21 @@ struct CompletionThread::Implementation {
 };
 
 CompletionThread::CompletionThread() : m_implementation(new Implementation) {
-  std::thread([implementation = m_implementation] { implementation->run(); }).detach();
+  m_implementation->thread = std::thread([implementation = m_implementation] { implementation->run(); });
+}
+
+CompletionThread::~CompletionThread() {
+  if (isCurrent()) {
+    m_implementation->thread.detach();
+    return;
+  }
+  post([implementation = m_implementation] { implementation->stopped = true; });
+  m_implementation->thread.join();
 }
 
 CompletionThread &CompletionThread::instance() {
-  static CompletionThread *const thread = new CompletionThread;
-  return *thread;
+  static CompletionThread thread;
+  return thread;
 }
 
 void *CompletionThread::queue() const { return &m_implementation->queue; }

@@ -21,7 +21,8 @@ class CompletionTag {
   ~CompletionTag() = default;
 };
 
-/// Started on first use and kept to the end of the process. Every operation: any thread.
+/// Started on first use. It stops when the process exits, so that no completion runs while static objects go;
+/// calls that are still under way then never end. Every operation: any thread.
 class CompletionThread {
  public:
   static CompletionThread &instance();
@@ -35,8 +36,9 @@ class CompletionThread {
 
  private:
   CompletionThread();
+  ~CompletionThread();
   struct Implementation;
-  Implementation *m_implementation;  // never deleted: completions may arrive while the process exits
+  Implementation *m_implementation;  // never deleted: calls may be given up after the thread has stopped
 };
 
 /// Initialises gRPC once: its own messages on standard error stay off unless GRPC_VERBOSITY asks for them.
