@@ -105,6 +105,13 @@ TEST(RawAudioStream, RefusesWhatIsNoRawAudio) {
     RawAudioStream stream(pipe.reader(), "standard input");
     EXPECT_THAT(refusal(stream), HasSubstr("standard input: is an audio file with a header"));
   }
+  for (const char *bytes : {"", "x"}) {
+    Pipe pipe;
+    pipe.write(bytes);
+    pipe.closeWriter();
+    RawAudioStream empty(pipe.reader(), "standard input");
+    EXPECT_EQ(refusal(empty), "standard input: holds no samples");
+  }
   const int zeros = ::open("/dev/zero", O_RDONLY | O_CLOEXEC);
   RawAudioStream endless(zeros, "zeros");
   EXPECT_THAT(refusal(endless), HasSubstr("zeros: is longer than 10 minutes"));

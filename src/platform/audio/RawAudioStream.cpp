@@ -22,6 +22,7 @@ AudioRead RawAudioStream::read(std::span<std::int16_t> frame) {
     if (!waitForData()) return {};
     receive(frame.size_bytes());
   }
+  if (m_delivered == 0 && m_bytes.size() < 2) throw AudioError(m_name + ": holds no samples");
   if (m_delivered == 0) checkStart();
   return deliver(frame);
 }

@@ -16,8 +16,8 @@ class RawAudioStream : public AudioSource {
   /// `wakeDescriptor` is readable; -1: never.
   RawAudioStream(int descriptor, std::string name, int wakeDescriptor = -1);
 
-  /// Half a sample at the end is dropped. Throws `AudioError` when the descriptor cannot be read, when what
-  /// comes is recognisably an audio file with a header, and beyond `longestSeconds`.
+  /// Half a sample at the end is dropped. Throws `AudioError` when the descriptor cannot be read, when
+  /// nothing comes or what is recognisably an audio file with a header, and beyond `longestSeconds`.
   [[nodiscard]] AudioRead read(std::span<std::int16_t> frame) override;
 
  private:

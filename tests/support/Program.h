@@ -1,0 +1,133 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <poll.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <QProcess>
+#include <QProcessEnvironment>
+#include <QStringList>
+#include <csignal>
+#include <fstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace velmora::tests {
+
+/// A built program, looked at from outside. Waits at most a minute for whatever it waits for.
+class Program {
+ public:
+  using Environment = std::vector<std::pair<std::string, std::string>>;
+
+  Program(const std::string &file, const std::vector<std::string> &arguments,
+          const Environment &environment) {
+    QProcessEnvironment all = QProcessEnvironment::systemEnvironment();
+    for (const auto &[name, value] : environment) {
+      all.insert(QString::fromStdString(name), QString::fromStdString(value));
+    }
+    m_process.setProcessEnvironment(all);
+    QStringList texts;
+    for (const std::string &argument : arguments)
+      texts << QString::fromStdString(argument);
+    m_process.start(QString::fromStdString(file), texts);
+    m_started = m_process.waitForStarted(kLimit);
+  }
+  ~Program() {
+    m_process.closeWriteChannel();
+    if (m_process.state() != QProcess::NotRunning && !m_process.waitForFinished(kLimit)) m_process.kill();
+    m_process.waitForFinished(kLimit);
+  }
+  Program(const Program &) = delete;
+  Program &operator=(const Program &) = delete;
+
+  /// Writes to its standard input and leaves that open.
+  void say(const std::string &bytes) {
+    m_process.write(bytes.data(), static_cast<qint64>(bytes.size()));
+    while (m_process.bytesToWrite() > 0 && m_process.waitForBytesWritten(kLimit)) {
+    }
+  }
+
+  /// Closes its standard input and waits for its end; the exit code, -1 for a crash, -2 when it does not end.
+  int finish() {
+    m_process.closeWriteChannel();
+    return wait();
+  }
+  /// The same with standard input left open.
+  int wait() {
+    if (m_process.state() != QProcess::NotRunning && !m_process.waitForFinished(kLimit)) return -2;
+    if (!m_started || m_process.exitStatus() != QProcess::NormalExit) return -1;
+    return m_process.exitCode();
+  }
+
+  void signal(int number) const { ::kill(pid(), number); }
+  [[nodiscard]] pid_t pid() const { return static_cast<pid_t>(m_process.processId()); }
+
+  /// All that has come so far.
+  [[nodiscard]] const std::string &out() {
+    m_out += m_process.readAllStandardOutput().toStdString();
+    return m_out;
+  }
+  [[nodiscard]] const std::string &err() {
+    m_err += m_process.readAllStandardError().toStdString();
+    return m_err;
+  }
+
+  /// Waits until standard output or error holds `text`.
+  bool waitForOut(const std::string &text) {
+    m_process.setReadChannel(QProcess::StandardOutput);
+    while (out().find(text) == std::string::npos) {
+      if (!m_process.waitForReadyRead(kLimit)) return false;
+    }
+    return true;
+  }
+  bool waitForErr(const std::string &text) {
+    m_process.setReadChannel(QProcess::StandardError);
+    while (err().find(text) == std::string::npos) {
+      if (!m_process.waitForReadyRead(kLimit)) return false;
+    }
+    return true;
+  }
+
+  /// The processes that it started and that still run.
+  [[nodiscard]] std::vector<pid_t> children() const {
+    const std::string id = std::to_string(pid());
+    std::ifstream in("/proc/" + id + "/task/" + id + "/children");
+    std::vector<pid_t> found;
+    for (pid_t child = 0; in >> child;)
+      found.push_back(child);
+    return found;
+  }
+
+ private:
+  static constexpr int kLimit = 60'000;
+
+  QProcess m_process;
+  bool m_started = false;
+  std::string m_out;
+  std::string m_err;
+};
+
+/// Watches a process that need not be a child of ours; made while it runs.
+class ProcessWatch {
+ public:
+  explicit ProcessWatch(pid_t pid) : m_descriptor(static_cast<int>(::syscall(SYS_pidfd_open, pid, 0))) {}
+  ~ProcessWatch() {
+    if (m_descriptor >= 0) ::close(m_descriptor);
+  }
+  ProcessWatch(const ProcessWatch &) = delete;
+  ProcessWatch &operator=(const ProcessWatch &) = delete;
+
+  /// Waits up to ten seconds for its end.
+  [[nodiscard]] bool ends() const {
+    pollfd watched{.fd = m_descriptor, .events = POLLIN, .revents = 0};
+    return m_descriptor >= 0 && ::poll(&watched, 1, 10'000) == 1;
+  }
+
+ private:
+  int m_descriptor;
+};
+
+}  // namespace velmora::tests
