@@ -159,8 +159,7 @@ class ApiTurn : ConversationTextDelegate, TurnObserver {
     m_first = {};
     m_answerSize = 0;
     m_api.beginTurn(100);
-    for (int i = 0; i < kFrames; ++i)
-      m_api.sendAudioFrame(kSamples.data(), kSamples.size());
+    for (int i = 0; i < kFrames; ++i) m_api.sendAudioFrame(kSamples.data(), kSamples.size());
     m_api.endAudio();
     m_ended.acquire();
     if (m_answerSize != kChunks * kChunkBytes) throw std::runtime_error("turn through API");

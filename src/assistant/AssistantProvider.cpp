@@ -154,8 +154,7 @@ void sendAnswer(Session &session, const Reply &reply) {
 bool equalInConstantTime(const std::string &left, const std::string &right) {
   if (left.size() != right.size()) return false;
   unsigned difference = 0;
-  for (std::size_t i = 0; i < left.size(); ++i)
-    difference |= static_cast<unsigned>(left[i] ^ right[i]);
+  for (std::size_t i = 0; i < left.size(); ++i) difference |= static_cast<unsigned>(left[i] ^ right[i]);
   return difference == 0;
 }
 

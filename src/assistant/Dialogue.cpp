@@ -27,8 +27,7 @@ struct CompiledSkill {
 const std::vector<CompiledSkill> &compiledSkills() {
   static const std::vector<CompiledSkill> compiled = [] {
     std::vector<CompiledSkill> all;
-    for (const Skill &skill : skills())
-      all.push_back({skill, std::regex(skill.pattern)});
+    for (const Skill &skill : skills()) all.push_back({skill, std::regex(skill.pattern)});
     return all;
   }();
   return compiled;

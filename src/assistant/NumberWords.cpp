@@ -51,8 +51,7 @@ std::optional<int> numberFromWords(std::string_view text) {
   std::replace(spaced.begin(), spaced.end(), '-', ' ');
   std::istringstream stream(spaced);
   std::vector<std::string> words;
-  for (std::string word; stream >> word;)
-    words.push_back(word);
+  for (std::string word; stream >> word;) words.push_back(word);
 
   auto word = words.begin();
   int number = 0;

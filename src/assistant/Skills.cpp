@@ -61,8 +61,7 @@ Answer divide(int dividend, int divisor, const std::string &text, const std::str
     if (fraction.back() == '0') fraction.pop_back();
     shown += '.' + fraction;
     spoken += " point";
-    for (const char digit : fraction)
-      spoken += ' ' + numberInWords(digit - '0');
+    for (const char digit : fraction) spoken += ' ' + numberInWords(digit - '0');
   }
   return {text + (exact ? " = " : " ≈ ") + shown, speech + (exact ? " is " : " is about ") + spoken + '.'};
 }
@@ -106,8 +105,8 @@ std::span<const Skill> skills() {
        tellDate},
       {"time", "(?:.+ )?(?:what|the) time\\b.*", tellTime},
       {"help", "what can (?:you|i) .*|(?:.+ )?help me|i need help", tellSkills},
-      {"greeting", "(?:hello|hi|good (?:morning|afternoon|evening))\\b.*", greet},
-      {"thanks", "(?:thank you|thanks)\\b.*", acceptThanks},
+      {"greeting", "(?:hello|hi) .+|good (?:morning|afternoon|evening).*", greet},
+      {"thanks", "thank you.*|thanks .+", acceptThanks},
   };
   return table;
 }

@@ -43,8 +43,7 @@ std::vector<std::int16_t> speak(std::string_view text) {
 
 void applyVolume(std::span<std::int16_t> samples, int percent) {
   const int gain = std::clamp(percent, 0, 100);
-  for (std::int16_t &sample : samples)
-    sample = static_cast<std::int16_t>(sample * gain / 100);
+  for (std::int16_t &sample : samples) sample = static_cast<std::int16_t>(sample * gain / 100);
 }
 
 }  // namespace velmora

@@ -57,8 +57,7 @@ std::string tokenOf(const QCommandLineParser &parser) {
   } else if (const char *variable = std::getenv(kTokenVariable)) {
     token = variable;
   }
-  while (!token.empty() && std::isspace(static_cast<unsigned char>(token.back())))
-    token.pop_back();
+  while (!token.empty() && std::isspace(static_cast<unsigned char>(token.back()))) token.pop_back();
   if (token.empty()) {
     throw UsageError(std::string("an access token is needed: give --token-file FILE or set ") +
                      kTokenVariable);

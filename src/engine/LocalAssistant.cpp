@@ -93,18 +93,14 @@ std::string LocalAssistant::waitUntilReady() {
   std::string line;
   const auto deadline = ChildProcess::Clock::now() + m_settings.startLimit;
   switch (m_child->readFirstLine(line, deadline, m_settings.cancelDescriptor)) {
-    case ChildProcess::Wait::line:
-      return line;
+    case ChildProcess::Wait::line: return line;
     case ChildProcess::Wait::closed:
       // It is most likely on its way out, and how it ended tells most.
       (void)m_child->endsWithin(kOnItsWayOut);
       fail((m_child->ending().empty() ? "closed its output" : m_child->ending()) + " before it was ready");
-    case ChildProcess::Wait::tooLong:
-      fail("did not say where it listens but \"" + shortened(line) + "\"");
-    case ChildProcess::Wait::timedOut:
-      fail("was not ready within " + inSeconds(m_settings.startLimit));
-    case ChildProcess::Wait::woken:
-      fail("was stopped before it was ready");
+    case ChildProcess::Wait::tooLong: fail("did not say where it listens but \"" + shortened(line) + "\"");
+    case ChildProcess::Wait::timedOut: fail("was not ready within " + inSeconds(m_settings.startLimit));
+    case ChildProcess::Wait::woken: fail("was stopped before it was ready");
   }
   return line;
 }

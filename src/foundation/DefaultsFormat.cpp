@@ -36,37 +36,29 @@ Json encodeMap(const QVariantMap &map) {
 
 Json encodeList(const QVariantList &list) {
   Json array = Json::array();
-  for (const QVariant &element : list)
-    array.push_back(encode(element));
+  for (const QVariant &element : list) array.push_back(encode(element));
   return array;
 }
 
 Json encode(const QVariant &value) {
   switch (value.typeId()) {
-    case QMetaType::Bool:
-      return value.toBool();
+    case QMetaType::Bool: return value.toBool();
     case QMetaType::Int:
     case QMetaType::UInt:
-    case QMetaType::LongLong:
-      return value.toLongLong();
+    case QMetaType::LongLong: return value.toLongLong();
     case QMetaType::Float:
-    case QMetaType::Double:
-      return value.toDouble();
-    case QMetaType::QString:
-      return value.toString().toStdString();
-    case QMetaType::QByteArray:
-      return Json{{kData, value.toByteArray().toBase64().toStdString()}};
+    case QMetaType::Double: return value.toDouble();
+    case QMetaType::QString: return value.toString().toStdString();
+    case QMetaType::QByteArray: return Json{{kData, value.toByteArray().toBase64().toStdString()}};
     case QMetaType::QDateTime:
       return Json{{kDate, value.toDateTime().toUTC().toString(Qt::ISODateWithMs).toStdString()}};
     case QMetaType::QStringList:
-    case QMetaType::QVariantList:
-      return encodeList(value.toList());
+    case QMetaType::QVariantList: return encodeList(value.toList());
     case QMetaType::QVariantMap: {
       Json object = encodeMap(value.toMap());
       return looksTagged(value.toMap()) ? Json{{kDictionary, std::move(object)}} : object;
     }
-    default:
-      return nullptr;
+    default: return nullptr;
   }
 }
 
@@ -74,8 +66,7 @@ QVariant decode(const Json &json);
 
 QVariantMap decodeMap(const Json &object) {
   QVariantMap map;
-  for (const auto &[key, member] : object.items())
-    map.insert(QString::fromStdString(key), decode(member));
+  for (const auto &[key, member] : object.items()) map.insert(QString::fromStdString(key), decode(member));
   return map;
 }
 
@@ -95,25 +86,18 @@ QVariant decodeObject(const Json &object) {
 
 QVariant decode(const Json &json) {
   switch (json.type()) {
-    case Json::value_t::boolean:
-      return json.get<bool>();
+    case Json::value_t::boolean: return json.get<bool>();
     case Json::value_t::number_integer:
-    case Json::value_t::number_unsigned:
-      return QVariant::fromValue(json.get<qlonglong>());
-    case Json::value_t::number_float:
-      return json.get<double>();
-    case Json::value_t::string:
-      return QString::fromStdString(json.get_ref<const std::string &>());
-    case Json::value_t::object:
-      return decodeObject(json);
+    case Json::value_t::number_unsigned: return QVariant::fromValue(json.get<qlonglong>());
+    case Json::value_t::number_float: return json.get<double>();
+    case Json::value_t::string: return QString::fromStdString(json.get_ref<const std::string &>());
+    case Json::value_t::object: return decodeObject(json);
     case Json::value_t::array: {
       QVariantList list;
-      for (const Json &element : json)
-        list.append(decode(element));
+      for (const Json &element : json) list.append(decode(element));
       return list;
     }
-    default:
-      return {};
+    default: return {};
   }
 }
 

@@ -193,8 +193,7 @@ class ByteCall::Core : public std::enable_shared_from_this<Core> {
 };
 
 void ByteCall::Core::start(const std::string &method, const Metadata &metadata) {
-  for (const auto &[key, value] : metadata)
-    m_context.AddMetadata(key, value);
+  for (const auto &[key, value] : metadata) m_context.AddMetadata(key, value);
   grpc::GenericStub stub(*static_cast<const std::shared_ptr<grpc::Channel> *>(m_channel->native()));
   auto *queue = static_cast<grpc::CompletionQueue *>(CompletionThread::instance().queue());
   const Lock lock(m_mutex);

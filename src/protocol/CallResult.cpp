@@ -41,16 +41,11 @@ std::string CallResult::description() const {
 
 const char *CallError::name() const {
   switch (m_case) {
-    case Case::illegalMetadata:
-      return "illegalMetadata";
-    case Case::callEnded:
-      return "callEnded";
-    case Case::sendingClosed:
-      return "sendingClosed";
-    case Case::sendFailed:
-      return "sendFailed";
-    case Case::completionThread:
-      return "completionThread";
+    case Case::illegalMetadata: return "illegalMetadata";
+    case Case::callEnded: return "callEnded";
+    case Case::sendingClosed: return "sendingClosed";
+    case Case::sendFailed: return "sendFailed";
+    case Case::completionThread: return "completionThread";
   }
   return "unknown";
 }

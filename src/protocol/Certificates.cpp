@@ -2,17 +2,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "protocol/Certificates.h"
 
-#include <fcntl.h>
 #include <openssl/err.h>
 #include <openssl/evp.h>
 #include <openssl/pem.h>
 #include <openssl/rand.h>
 #include <openssl/x509v3.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
-#include <cerrno>
-#include <cstring>
+#include <QSaveFile>
+#include <QString>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -40,7 +37,7 @@ using Owned = std::unique_ptr<Type, Release>;
   ERR_clear_error();
   char reason[256] = "no reason given";
   if (code != 0) ERR_error_string_n(code, reason, sizeof reason);
-  throw std::runtime_error(std::string("The certificates cannot be made: ") + what + ": " + reason);
+  throw std::runtime_error(std::string("Cannot make the certificates: ") + what + ": " + reason);
 }
 
 void check(bool worked, const char *what) {
@@ -124,23 +121,15 @@ std::string pem(X509 *certificate) {
   return pem([=](BIO *out) { return PEM_write_bio_X509(out, certificate); });
 }
 
-[[noreturn]] void failToWrite(const std::filesystem::path &file) {
-  throw std::runtime_error(file.string() + ": " + std::strerror(errno));
-}
-
 /// Replaces `file` in one step by one that only its owner has ever been able to read.
-void writePrivately(const std::filesystem::path &file, const std::string &contents) {
-  std::string made = file.string() + ".XXXXXX";
-  const int descriptor = ::mkstemp(made.data());  // with mode 0600
-  if (descriptor < 0) failToWrite(file);
-  const auto size = static_cast<ssize_t>(contents.size());
-  const bool written = ::write(descriptor, contents.data(), contents.size()) == size;
-  const bool closed = ::close(descriptor) == 0;
-  if (!written || !closed || std::rename(made.c_str(), file.c_str()) != 0) {
-    const int reason = errno;
-    ::unlink(made.c_str());
-    errno = reason;
-    failToWrite(file);
+void writePrivately(const std::filesystem::path &path, const std::string &contents) {
+  QSaveFile file(QString::fromStdString(path.string()));
+  // The permissions of a file that is replaced are taken over when opening: they are set before a byte is
+  // written.
+  if (!file.open(QIODevice::WriteOnly) ||
+      !file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner) ||
+      file.write(QByteArray::fromStdString(contents)) < 0 || !file.commit()) {
+    throw std::runtime_error("Cannot write " + path.string() + ": " + file.errorString().toStdString());
   }
 }
 

@@ -27,12 +27,9 @@ ConverseRequest ConverseRequest::parse(std::string_view bytes) {
 
 ConverseRequest::OneOf_ConverseRequest ConverseRequest::converseRequest() const {
   switch (MessageFields::read<Fields>(*this).converse_request_case()) {
-    case Fields::kConfig:
-      return config();
-    case Fields::kAudioIn:
-      return audioIn();
-    case Fields::CONVERSE_REQUEST_NOT_SET:
-      break;
+    case Fields::kConfig: return config();
+    case Fields::kAudioIn: return audioIn();
+    case Fields::CONVERSE_REQUEST_NOT_SET: break;
   }
   return {};
 }

@@ -81,16 +81,11 @@ ConverseResponse ConverseResponse::parse(std::string_view bytes) {
 
 OneOf ConverseResponse::converseResponse() const {
   switch (MessageFields::read<Fields>(*this).converse_response_case()) {
-    case Fields::kError:
-      return error();
-    case Fields::kEventType:
-      return eventType();
-    case Fields::kAudioOut:
-      return audioOut();
-    case Fields::kResult:
-      return result();
-    case Fields::CONVERSE_RESPONSE_NOT_SET:
-      break;
+    case Fields::kError: return error();
+    case Fields::kEventType: return eventType();
+    case Fields::kAudioOut: return audioOut();
+    case Fields::kResult: return result();
+    case Fields::CONVERSE_RESPONSE_NOT_SET: break;
   }
   return {};
 }

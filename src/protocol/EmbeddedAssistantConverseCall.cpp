@@ -21,12 +21,9 @@ ClientError ClientError::invalidMessageReceived() {
 
 const char *ClientError::name() const {
   switch (m_case) {
-    case Case::error:
-      return "error";
-    case Case::endOfStream:
-      return "endOfStream";
-    case Case::invalidMessageReceived:
-      return "invalidMessageReceived";
+    case Case::error: return "error";
+    case Case::endOfStream: return "endOfStream";
+    case Case::invalidMessageReceived: return "invalidMessageReceived";
   }
   return "unknown";
 }

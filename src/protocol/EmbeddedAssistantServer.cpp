@@ -134,8 +134,7 @@ bool ServerCall::send(std::string message) {
 }
 
 void ServerCall::addInitialMetadata(const Metadata &metadata) {
-  for (const auto &[key, value] : metadata)
-    m_implementation->context.AddInitialMetadata(key, value);
+  for (const auto &[key, value] : metadata) m_implementation->context.AddInitialMetadata(key, value);
 }
 
 void ServerCall::finish(int statusCode, const std::string &statusMessage, const Metadata &trailingMetadata) {

@@ -17,12 +17,9 @@ std::optional<ConverseSession::Request> ConverseSession::receive(
     std::optional<std::chrono::milliseconds> patience) {
   std::string bytes;
   switch (handler().receive(bytes, patience)) {
-    case ServerCall::Received::nothingYet:
-      return std::nullopt;
-    case ServerCall::Received::endOfStream:
-      throw ServerError::endOfStream;
-    case ServerCall::Received::message:
-      break;
+    case ServerCall::Received::nothingYet: return std::nullopt;
+    case ServerCall::Received::endOfStream: throw ServerError::endOfStream;
+    case ServerCall::Received::message: break;
   }
   try {
     return Request::parse(bytes);

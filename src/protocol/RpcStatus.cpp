@@ -32,8 +32,7 @@ std::vector<Google_Protobuf_Any> Google_Rpc_Status::details() const {
 }
 
 void Google_Rpc_Status::setDetails(std::vector<Google_Protobuf_Any> details) {
-  for (auto &any : details)
-    any.typeUrl = checkedText(std::move(any.typeUrl), "typeUrl");
+  for (auto &any : details) any.typeUrl = checkedText(std::move(any.typeUrl), "typeUrl");
   auto &fields = MessageFields::write<Fields>(*this);
   fields.clear_details();
   for (auto &any : details) {

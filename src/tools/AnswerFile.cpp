@@ -53,8 +53,7 @@ fs::path answerFile(const fs::path &file, std::size_t number, std::size_t turns)
 }
 
 void checkAnswerFiles(const fs::path &file, std::size_t turns) {
-  for (std::size_t number = 1; number <= turns; ++number)
-    check(answerFile(file, number, turns));
+  for (std::size_t number = 1; number <= turns; ++number) check(answerFile(file, number, turns));
 }
 
 void saveAnswer(const fs::path &file, const std::string &answer) {

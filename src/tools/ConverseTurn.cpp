@@ -83,8 +83,7 @@ AudioRead ConverseTurn::readFrame(AudioSource &source, std::span<std::int16_t> f
 }
 
 void ConverseTurn::waitForFrame(Clock::time_point due) const {
-  while (!stopped() && Clock::now() < due)
-    m_wake.waitUntil(due);
+  while (!stopped() && Clock::now() < due) m_wake.waitUntil(due);
 }
 
 Turn ConverseTurn::turn(Turn::Outcome outcome, const std::string &why) const {
@@ -96,15 +95,9 @@ Turn ConverseTurn::turn(Turn::Outcome outcome, const std::string &why) const {
             .followOn = record.followOn,
             .statusMessage = why};
   switch (outcome) {
-    case Turn::Outcome::timedOut:
-      turn.status = kDeadlineExceeded;
-      break;
-    case Turn::Outcome::interrupted:
-      turn.status = kCancelled;
-      break;
-    case Turn::Outcome::noAudio:
-      turn.status = kInvalidArgument;
-      break;
+    case Turn::Outcome::timedOut: turn.status = kDeadlineExceeded; break;
+    case Turn::Outcome::interrupted: turn.status = kCancelled; break;
+    case Turn::Outcome::noAudio: turn.status = kInvalidArgument; break;
     default:
       turn.status = record.result->statusCode;
       turn.statusMessage = record.result->statusMessage;

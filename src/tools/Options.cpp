@@ -98,39 +98,17 @@ void set(Options &options, int value, const std::string &argument) {
     throw UsageError(nameOf(value) + " needs a value that is not empty");
   }
   switch (value) {
-    case kDeployment:
-      options.deployment = argument;
-      break;
-    case kLocal:
-      options.local = true;
-      break;
-    case kToken:
-      options.token = tokenOf(argument);
-      break;
-    case kEndpoint:
-      options.endpoint = endpointOf(argument);
-      break;
-    case kRoots:
-      options.roots = argument;
-      break;
-    case kVolume:
-      options.volume = volumeOf(argument);
-      break;
-    case kSaveAnswer:
-      options.saveAnswer = argument;
-      break;
-    case kJson:
-      options.json = true;
-      break;
-    case kFast:
-      options.fast = true;
-      break;
-    case kTimeout:
-      options.timeout = timeoutOf(argument);
-      break;
-    default:
-      options.verbose = true;
-      break;
+    case kDeployment: options.deployment = argument; break;
+    case kLocal: options.local = true; break;
+    case kToken: options.token = tokenOf(argument); break;
+    case kEndpoint: options.endpoint = endpointOf(argument); break;
+    case kRoots: options.roots = argument; break;
+    case kVolume: options.volume = volumeOf(argument); break;
+    case kSaveAnswer: options.saveAnswer = argument; break;
+    case kJson: options.json = true; break;
+    case kFast: options.fast = true; break;
+    case kTimeout: options.timeout = timeoutOf(argument); break;
+    default: options.verbose = true; break;
   }
 }
 
@@ -153,8 +131,7 @@ Options Options::parse(const std::vector<std::string> &arguments) {
   std::vector<std::string> texts{"velmora-converse"};
   texts.insert(texts.end(), arguments.begin(), arguments.end());
   std::vector<char *> pointers;
-  for (std::string &text : texts)
-    pointers.push_back(text.data());
+  for (std::string &text : texts) pointers.push_back(text.data());
   const int count = static_cast<int>(pointers.size());
   pointers.push_back(nullptr);
 
@@ -178,8 +155,7 @@ Options Options::parse(const std::vector<std::string> &arguments) {
     }
     set(options, value, ::optarg ? ::optarg : "");
   }
-  for (int i = ::optind; i < count; ++i)
-    options.audio.emplace_back(pointers[static_cast<std::size_t>(i)]);
+  for (int i = ::optind; i < count; ++i) options.audio.emplace_back(pointers[static_cast<std::size_t>(i)]);
   checkTogether(options);
   return options;
 }

@@ -46,14 +46,10 @@ std::string withControlsEscaped(const std::string &json) {
 
 std::string adviceOnToken(TokenSource source) {
   switch (source) {
-    case TokenSource::argument:
-      return "give a valid one with --token";
-    case TokenSource::stored:
-      return "sign in anew, or give a valid one with --token";
-    case TokenSource::none:
-      return "none is stored: sign in, or give one with --token";
-    case TokenSource::localAssistant:
-      break;
+    case TokenSource::argument: return "give a valid one with --token";
+    case TokenSource::stored: return "sign in anew, or give a valid one with --token";
+    case TokenSource::none: return "none is stored: sign in, or give one with --token";
+    case TokenSource::localAssistant: break;
   }
   return {};
 }
@@ -81,17 +77,13 @@ std::string explainStatus(int status, const std::string &message, const ServiceD
     case kUnavailable:
       return sentence("the service at " + service.address + " cannot be reached", message,
                       adviceOnReaching(message));
-    case kPermissionDenied:
-      return sentence("the service does not permit this", message);
-    case kResourceExhausted:
-      return sentence("the service is at its limit", message, "try again later");
-    case kDeadlineExceeded:
-      return sentence("the service took too long", message, "try again");
+    case kPermissionDenied: return sentence("the service does not permit this", message);
+    case kResourceExhausted: return sentence("the service is at its limit", message, "try again later");
+    case kDeadlineExceeded: return sentence("the service took too long", message, "try again");
     case kUnimplemented:
       return sentence("what answers at " + service.address + " is no assistant service", message,
                       "check the address");
-    default:
-      return sentence("the service ended the call with status " + std::to_string(status), message);
+    default: return sentence("the service ended the call with status " + std::to_string(status), message);
   }
 }
 
@@ -136,18 +128,15 @@ std::string jsonReport(const Turn &turn) {
 std::string explain(const Turn &turn, const ServiceDescription &service) {
   const std::string message = turn.statusMessage.value_or("");
   switch (turn.outcome) {
-    case Turn::Outcome::answered:
-      return {};
-    case Turn::Outcome::refused:
-      return plainText(explainStatus(turn.status, message, service));
+    case Turn::Outcome::answered: return {};
+    case Turn::Outcome::refused: return plainText(explainStatus(turn.status, message, service));
     case Turn::Outcome::unanswered:
       return "the service at " + service.address + " ended the call without an answer";
     case Turn::Outcome::timedOut:
       return plainText(sentence("the service at " + service.address + " does not answer", message,
                                 "check the address, or allow more with --timeout"));
     case Turn::Outcome::interrupted:
-    case Turn::Outcome::noAudio:
-      break;
+    case Turn::Outcome::noAudio: break;
   }
   return plainText(message);
 }

@@ -64,8 +64,7 @@ std::string spoken(const std::string &text) {
   samples.resize(samples.size() + 24000);
   std::mt19937 random(3);
   std::uniform_int_distribution<int> noise(-20, 20);
-  for (auto &sample : samples)
-    sample = static_cast<std::int16_t>(sample * 0.9 + noise(random));
+  for (auto &sample : samples) sample = static_cast<std::int16_t>(sample * 0.9 + noise(random));
   return {reinterpret_cast<const char *>(samples.data()), samples.size() * sizeof samples[0]};
 }
 
@@ -96,15 +95,13 @@ class AssistantProviderTest : public ::testing::Test {
     const auto call = m_service->converse([ended](const CallResult &result) { ended.put(result); });
     Turn turn;
     try {
-      for (const auto &each : requests)
-        call->send(each);
+      for (const auto &each : requests) call->send(each);
       if (close) call->closeSend();
     } catch (const CallError &) {
       // Refused before everything was sent.
     }
     try {
-      for (;;)
-        take(call->receive(), turn);
+      for (;;) take(call->receive(), turn);
     } catch (const ClientError &) {
     }
     const auto results = ended.waitFor(1);

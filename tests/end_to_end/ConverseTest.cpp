@@ -117,8 +117,7 @@ class ConverseTest : public ::testing::Test {
 std::vector<json> objects(const std::string &lines) {
   std::vector<json> found;
   std::istringstream in(lines);
-  for (std::string line; std::getline(in, line);)
-    found.push_back(json::parse(line));
+  for (std::string line; std::getline(in, line);) found.push_back(json::parse(line));
   return found;
 }
 

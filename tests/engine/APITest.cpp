@@ -107,8 +107,7 @@ struct Conversation {
   void turn(int frames = 1) {
     api->beginTurn(80);
     const std::array<std::int16_t, 1600> samples{1, 2, 3};
-    for (int i = 0; i < frames; ++i)
-      api->sendAudioFrame(samples.data(), samples.size());
+    for (int i = 0; i < frames; ++i) api->sendAudioFrame(samples.data(), samples.size());
     api->endAudio();
   }
 
@@ -124,8 +123,7 @@ struct Conversation {
 ScriptedServer::Script answering(std::vector<std::string> responses, End end = {}) {
   return [responses = std::move(responses), end](ScriptedServer::Call &call) {
     call.readAll();
-    for (const auto &bytes : responses)
-      call.write(bytes);
+    for (const auto &bytes : responses) call.write(bytes);
     return end;
   };
 }
@@ -135,8 +133,7 @@ TEST(API, SendsTheConfigurationThenTheSamplesAsTheyAre) {
   Inbox<Metadata> metadata;
   Conversation conversation([&](ScriptedServer::Call &call) -> End {
     metadata.put(call.metadata());
-    while (const auto bytes = call.read())
-      requests.put(Request::parse(*bytes));
+    while (const auto bytes = call.read()) requests.put(Request::parse(*bytes));
     return {};
   });
   conversation.turn(2);
@@ -251,8 +248,7 @@ TEST(API, AFailedCloseKeepsTheSoundForTheNextTurn) {
 
 TEST(API, AServiceThatEndsBeforeTheCloseIsStillPlayed) {
   Conversation conversation([](ScriptedServer::Call &call) -> End {
-    for (const auto &bytes : {event(), audio("quick")})
-      call.write(bytes);
+    for (const auto &bytes : {event(), audio("quick")}) call.write(bytes);
     return {};
   });
   const CapturedLog log;

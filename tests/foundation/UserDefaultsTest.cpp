@@ -54,8 +54,7 @@ TEST_F(UserDefaultsFile, EveryKindOfValueKeepsItsTypeOnDisk) {
                            {s("a/b"), 1LL}};
   {
     UserDefaults defaults(path());
-    for (auto it = values.begin(); it != values.end(); ++it)
-      defaults.setObject(it.value(), it.key());
+    for (auto it = values.begin(); it != values.end(); ++it) defaults.setObject(it.value(), it.key());
     EXPECT_TRUE(defaults.synchronize());
   }
   const UserDefaults read(path());
@@ -103,8 +102,7 @@ TEST_F(UserDefaultsFile, ADamagedFileIsSetAsideWithOneLineAndNotLost) {
     ASSERT_EQ(kept.size(), 2U);
     std::ifstream in(kept[1]);
     EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), damaged);
-    for (const auto &file : kept)
-      std::filesystem::remove(file);
+    for (const auto &file : kept) std::filesystem::remove(file);
   }
 }
 

@@ -47,8 +47,7 @@ ToneFit fitTone(const std::vector<std::int16_t> &samples, double hertz) {
   }
   const double amplitude = product / power;
   double rest = 0;
-  for (std::size_t i = from; i < to; ++i)
-    rest += std::pow(samples[i] / 32768.0 - amplitude * sine(i), 2);
+  for (std::size_t i = from; i < to; ++i) rest += std::pow(samples[i] / 32768.0 - amplitude * sine(i), 2);
   return {amplitude, std::sqrt(rest / static_cast<double>(to - from))};
 }
 
@@ -150,8 +149,7 @@ TEST(AudioFile, SaysInOneLineWhatIsWrong) {
   const auto slow = wave("slow.wav", 100, 8000);
   std::fstream(slow, std::ios::in | std::ios::out).seekp(24).write("\x01\0\0\0", 4);
   std::string mp3Like(100000, '\0');
-  for (std::size_t i = 0; i < mp3Like.size(); ++i)
-    mp3Like[i] = static_cast<char>(i % 7 ? 0xff : 0xe3);
+  for (std::size_t i = 0; i < mp3Like.size(); ++i) mp3Like[i] = static_cast<char>(i % 7 ? 0xff : 0xe3);
 
   const struct {
     std::filesystem::path path;

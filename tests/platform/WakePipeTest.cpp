@@ -24,8 +24,7 @@ TEST(WakePipe, NoWakingIsLostHoweverManyComeAtOnce) {
       pipe.wake();
     }
   });
-  while (told < kTimes)
-    pipe.waitUntil(std::nullopt);
+  while (told < kTimes) pipe.waitUntil(std::nullopt);
   teller.join();
   pipe.waitUntil(Clock::now());  // forgets what came last
   pollfd watched{.fd = pipe.descriptor(), .events = POLLIN, .revents = 0};
@@ -50,8 +49,7 @@ TEST(WakePipe, ASignalHandlerWakes) {
     wakened->wake();
   });
   std::raise(SIGUSR1);
-  while (arrived == 0)
-    pipe.waitUntil(std::nullopt);
+  while (arrived == 0) pipe.waitUntil(std::nullopt);
   EXPECT_EQ(arrived, 1);
   std::signal(SIGUSR1, before);
 }

@@ -94,8 +94,7 @@ TEST(ConverseCall, KeepsABurstInOrderAndDeliversToTheEndAfterTheClose) {
         return {.code = StatusCode::internal, .message = "out of order"};
       }
     }
-    for (int i = 0; i < expected; ++i)
-      call.write(audioResponse(std::to_string(i)));
+    for (int i = 0; i < expected; ++i) call.write(audioResponse(std::to_string(i)));
     return {.trailing = {{"turns", "1"}}};
   });
   const auto call = client.start();
@@ -105,8 +104,7 @@ TEST(ConverseCall, KeepsABurstInOrderAndDeliversToTheEndAfterTheClose) {
     call->send(audio(std::to_string(i)), [&](const auto &error) { sent.put(!error); });
   }
   call->closeSend([&] { closed.put(1); });
-  for (int i = 0; i < 300; ++i)
-    ASSERT_EQ(receiveText(*call), std::to_string(i));
+  for (int i = 0; i < 300; ++i) ASSERT_EQ(receiveText(*call), std::to_string(i));
   EXPECT_EQ(receiveText(*call), "endOfStream");
   EXPECT_EQ(receiveText(*call), "endOfStream");
   EXPECT_EQ(client.end().statusCode, 0);
@@ -124,8 +122,7 @@ TEST(ConverseCall, BadBytesAreOneErrorAndTheStreamGoesOn) {
   });
   const std::vector<std::string> expected{"", "invalidMessageReceived", "after", "endOfStream"};
   const auto blocking = client.start();
-  for (const auto &text : expected)
-    EXPECT_EQ(receiveText(*blocking), text);
+  for (const auto &text : expected) EXPECT_EQ(receiveText(*blocking), text);
 
   // The same with completions, each asking for the next as a screen does.
   const auto call = client.start();
@@ -145,8 +142,7 @@ TEST(ConverseCall, BadBytesAreOneErrorAndTheStreamGoesOn) {
 TEST(ConverseCall, EarlierReceiversAreServedBeforeABlockingOne) {
   Client client([](ScriptedServer::Call &call) -> End {
     call.readAll();
-    for (int i = 0; i < 4; ++i)
-      call.write(audioResponse(std::to_string(i)));
+    for (int i = 0; i < 4; ++i) call.write(audioResponse(std::to_string(i)));
     return {};
   });
   for (int round = 0; round < 50; ++round) {
@@ -281,8 +277,7 @@ TEST(ConverseCall, MayBeDestroyedAtAnyMoment) {
   EXPECT_EQ(client.ended.waitFor(kRounds).size(), static_cast<std::size_t>(kRounds));
   // What was due at the end of the last calls is on its way.
   const auto deadline = std::chrono::steady_clock::now() + tests::kPatience;
-  while (completions < asked && std::chrono::steady_clock::now() < deadline)
-    std::this_thread::yield();
+  while (completions < asked && std::chrono::steady_clock::now() < deadline) std::this_thread::yield();
   EXPECT_EQ(completions, asked);
 }
 
@@ -311,16 +306,14 @@ TEST(ConverseCall, LargeResponsesPassAndAnUnreadStreamIsHeldBack) {
   std::atomic<int> written{0};
   constexpr int kMegabytes = 64;
   Client unread([&](ScriptedServer::Call &call) -> End {
-    for (int i = 0; i < kMegabytes && call.write(audioResponse(std::string(1U << 20U, 'm'))); ++i)
-      ++written;
+    for (int i = 0; i < kMegabytes && call.write(audioResponse(std::string(1U << 20U, 'm'))); ++i) ++written;
     return {};
   });
   const auto call = unread.start();
   EXPECT_EQ(receiveText(*call).size(), 1U << 20U);
   std::this_thread::sleep_for(std::chrono::milliseconds(300));
   EXPECT_LT(written, kMegabytes / 2);
-  for (int i = 1; i < kMegabytes; ++i)
-    ASSERT_EQ(receiveText(*call).size(), 1U << 20U);
+  for (int i = 1; i < kMegabytes; ++i) ASSERT_EQ(receiveText(*call).size(), 1U << 20U);
   EXPECT_EQ(receiveText(*call), "endOfStream");
 }
 
@@ -383,8 +376,7 @@ TEST(ConverseCall, OnlyAServerWithTheRightCertificateIsTalkedTo) {
                {"nobody there", "127.0.0.1:1", server.roots(), {}, 14},
                {"no such name", "assistant.invalid", server.roots(), {}, 14}};
   testing::internal::CaptureStderr();
-  for (const auto &c : cases)
-    EXPECT_EQ(outcome(Service(c.address, c.roots, c.host)), c.status) << c.what;
+  for (const auto &c : cases) EXPECT_EQ(outcome(Service(c.address, c.roots, c.host)), c.status) << c.what;
   EXPECT_EQ(outcome(Service(plain.address())), 0);
   // The library's own words about all this stay off the terminal.
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");

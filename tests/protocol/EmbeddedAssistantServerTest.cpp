@@ -69,8 +69,7 @@ TEST(EmbeddedAssistantServer, ServesACallAndLogsItWithoutItsToken) {
     session.trailingMetadata().emplace("turns", "1");
     EXPECT_EQ(session.requestMetadata().find("authorization")->second, "Bearer secret-token");
     try {
-      for (;;)
-        session.send(audioResponse(session.receive()->audioIn()));
+      for (;;) session.send(audioResponse(session.receive()->audioIn()));
     } catch (Session::ServerError) {
       EXPECT_EQ(&session.provider(), &host.provider);
     }
@@ -146,8 +145,7 @@ TEST(EmbeddedAssistantServer, AReceiveHasPatienceAndLosesNothing) {
   Host host([](Session &session) {
     int empty = 0;
     std::optional<Request> request;
-    while (!(request = session.receive(std::chrono::milliseconds(1))))
-      ++empty;
+    while (!(request = session.receive(std::chrono::milliseconds(1)))) ++empty;
     session.send(audioResponse(empty > 0 && request->audioIn() == "late" ? "right" : "wrong"));
   });
   const auto call = host.start();
@@ -163,13 +161,11 @@ TEST(EmbeddedAssistantServer, AProviderNoticesThatItsClientIsGone) {
   Host host([&](Session &session) {
     session.send(audioResponse("x"));
     try {
-      for (;;)
-        (void)session.receive();
+      for (;;) (void)session.receive();
     } catch (Session::ServerError) {
       noticed.put("end of stream");
     }
-    while (!session.cancelled())
-      std::this_thread::yield();
+    while (!session.cancelled()) std::this_thread::yield();
     noticed.put("cancelled");
     try {
       session.send(audioResponse("into the void"));
@@ -188,8 +184,7 @@ TEST(EmbeddedAssistantServer, StoppingEndsTheCallsUnderWay) {
   Host host([&](Session &session) {
     session.send(audioResponse("x"));
     try {
-      for (;;)
-        (void)session.receive();
+      for (;;) (void)session.receive();
     } catch (Session::ServerError) {
       left.put(true);
     }
@@ -205,8 +200,7 @@ TEST(EmbeddedAssistantServer, ServesSeveralClientsAtOnceAndRefusesTooMany) {
   Host host([](Session &session) {
     session.send(audioResponse("in"));
     try {
-      for (;;)
-        (void)session.receive();
+      for (;;) (void)session.receive();
     } catch (Session::ServerError) {
     }
   });

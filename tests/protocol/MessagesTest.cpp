@@ -329,8 +329,7 @@ TEST(Messages, ChangeOnManyThreadsWhileTheyShare) {
         EXPECT_EQ(before, understood("shared"));
       });
     }
-    for (std::thread &thread : threads)
-      thread.join();
+    for (std::thread &thread : threads) thread.join();
     EXPECT_EQ(shared, understood("shared"));
   }
 }
@@ -345,8 +344,7 @@ TEST(Messages, ChangeInPlaceOnceTheOtherThreadHasLetGo) {
       theirs = Result();
       gone.store(true, std::memory_order_relaxed);
     });
-    while (!gone.load(std::memory_order_relaxed))
-      std::this_thread::yield();
+    while (!gone.load(std::memory_order_relaxed)) std::this_thread::yield();
     mine.setVolumePercentage(1);
     other.join();
   }
@@ -395,10 +393,8 @@ TEST(OpenEnum, NamesItsCasesAndKeepsOtherNumbers) {
   static_assert(In::fromNumber(3) == In::UNRECOGNIZED(3) && In::UNRECOGNIZED(3) != In::UNRECOGNIZED(-3));
   static_assert(In::fromNumber(3).isUnrecognized() && In::fromNumber(-1).isUnrecognized());
   switch (Out(Out::UNRECOGNIZED(9))) {
-    case Out::mp3:
-      FAIL();
-    default:
-      break;
+    case Out::mp3: FAIL();
+    default: break;
   }
 }
 

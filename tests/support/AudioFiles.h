@@ -51,8 +51,7 @@ inline std::vector<float> tone(double hertz, double seconds, int rate,
   const auto frames = static_cast<int>(std::lround(seconds * rate));
   for (int i = 0; i < frames; ++i) {
     const double sine = std::sin(2 * std::numbers::pi * hertz * i / rate);
-    for (const double amplitude : amplitudes)
-      samples.push_back(static_cast<float>(amplitude * sine));
+    for (const double amplitude : amplitudes) samples.push_back(static_cast<float>(amplitude * sine));
   }
   return samples;
 }

@@ -30,8 +30,7 @@ class Program {
     }
     m_process.setProcessEnvironment(all);
     QStringList texts;
-    for (const std::string &argument : arguments)
-      texts << QString::fromStdString(argument);
+    for (const std::string &argument : arguments) texts << QString::fromStdString(argument);
     m_process.start(QString::fromStdString(file), texts);
     m_started = m_process.waitForStarted(kLimit);
   }
@@ -96,8 +95,7 @@ class Program {
     const std::string id = std::to_string(pid());
     std::ifstream in("/proc/" + id + "/task/" + id + "/children");
     std::vector<pid_t> found;
-    for (pid_t child = 0; in >> child;)
-      found.push_back(child);
+    for (pid_t child = 0; in >> child;) found.push_back(child);
     return found;
   }
 

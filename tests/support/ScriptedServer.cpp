@@ -69,8 +69,7 @@ class RawService final : public grpc::Service {
   grpc::Status run(grpc::ServerContext &context, Stream &stream) const {
     GrpcCall call(context, stream);
     const ScriptedServer::End end = m_script(call);
-    for (const auto &[key, value] : end.trailing)
-      context.AddTrailingMetadata(key, value);
+    for (const auto &[key, value] : end.trailing) context.AddTrailingMetadata(key, value);
     if (end.code == StatusCode::ok) return grpc::Status::OK;
     return {static_cast<grpc::StatusCode>(end.code), end.message, end.details};
   }
@@ -91,8 +90,7 @@ struct ScriptedServer::Implementation {
 };
 
 void ScriptedServer::Call::waitForCancel() const {
-  while (!cancelled())
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  while (!cancelled()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 
 ScriptedServer::ScriptedServer(Script script, Transport transport)

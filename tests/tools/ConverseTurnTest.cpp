@@ -181,8 +181,7 @@ TEST_F(ConverseTurnTest, AnEarlyErrorIsReportedWhileTheAudioIsStillComing) {
   EXPECT_EQ(turn.statusMessage, "expired");
   EXPECT_TRUE(turn.done);
   EXPECT_EQ(m_engine.ends, 0) << "there is nothing left to end";
-  for (const int end : ends)
-    ::close(end);
+  for (const int end : ends) ::close(end);
 }
 
 TEST_F(ConverseTurnTest, ASilentServiceIsGivenUp) {

@@ -47,8 +47,7 @@ void checkKind(int descriptor, const std::string &path) {
 }
 
 std::string withoutFullStop(std::string text) {
-  while (!text.empty() && (text.back() == '.' || text.back() == ' '))
-    text.pop_back();
+  while (!text.empty() && (text.back() == '.' || text.back() == ' ')) text.pop_back();
   return text;
 }
 
@@ -78,8 +77,7 @@ class AudioFile::Reader {
   }
 
   AudioRead read(std::span<std::int16_t> frame) {
-    while (m_ready.size() - m_taken < frame.size() && !m_ended)
-      convertBlock();
+    while (m_ready.size() - m_taken < frame.size() && !m_ended) convertBlock();
     const std::size_t samples = std::min(frame.size(), m_ready.size() - m_taken);
     std::copy_n(m_ready.begin() + static_cast<std::ptrdiff_t>(m_taken), samples, frame.begin());
     m_taken += samples;
@@ -124,8 +122,7 @@ class AudioFile::Reader {
     const auto channels = static_cast<std::size_t>(m_info.channels);
     for (std::size_t i = 0; i < frames; ++i) {
       float sum = 0;
-      for (std::size_t c = 0; c < channels; ++c)
-        sum += usable(m_interleaved[i * channels + c]);
+      for (std::size_t c = 0; c < channels; ++c) sum += usable(m_interleaved[i * channels + c]);
       m_mono[i] = sum / static_cast<float>(channels);
     }
   }

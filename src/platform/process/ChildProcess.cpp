@@ -42,8 +42,7 @@ Pipe makePipe() {
 
 std::vector<char *> pointers(std::vector<std::string> &texts) {
   std::vector<char *> result;
-  for (std::string &text : texts)
-    result.push_back(text.data());
+  for (std::string &text : texts) result.push_back(text.data());
   result.push_back(nullptr);
   return result;
 }
@@ -56,8 +55,7 @@ std::vector<std::string> environmentWith(const std::vector<std::pair<std::string
                                       [&](const auto &pair) { return text.starts_with(pair.first + '='); });
     if (!replaced) all.emplace_back(text);
   }
-  for (const auto &[name, value] : added)
-    all.push_back(name + '=' + value);
+  for (const auto &[name, value] : added) all.push_back(name + '=' + value);
   return all;
 }
 
@@ -80,8 +78,7 @@ pid_t spawn(const ChildProcess::Setup &setup, int in, int out, int error) {
   sigset_t signals;
   sigemptyset(&signals);
   posix_spawnattr_setsigmask(&attributes, &signals);
-  for (const int signal : {SIGPIPE, SIGINT, SIGTERM, SIGHUP, SIGXFSZ})
-    sigaddset(&signals, signal);
+  for (const int signal : {SIGPIPE, SIGINT, SIGTERM, SIGHUP, SIGXFSZ}) sigaddset(&signals, signal);
   posix_spawnattr_setsigdefault(&attributes, &signals);
   posix_spawnattr_setpgroup(&attributes, 0);
   posix_spawnattr_setflags(&attributes,

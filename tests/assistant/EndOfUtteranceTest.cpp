@@ -1,0 +1,212 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+#include "assistant/EndOfUtterance.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "support/Speech.h"
+
+namespace velmora {
+namespace {
+
+using namespace std::chrono_literals;
+using State = EndOfUtterance::State;
+using tests::joined;
+using tests::mixed;
+using tests::pinkNoise;
+using tests::Samples;
+using tests::silence;
+using tests::Speaker;
+using tests::spoken;
+
+constexpr std::size_t kMillisecond = 16;
+constexpr std::size_t kSecond = 16000;
+
+struct Outcome {
+  State state;
+  EndOfUtterance::Range utterance;
+  std::size_t fed;  ///< up to the piece after which the state was decided; counted in samples
+  bool operator==(const Outcome &) const = default;
+};
+
+/// Feeds `stream` as a microphone does, in pieces, until the end is found or the stream is over.
+Outcome listen(const Samples &stream, std::size_t piece = 160) {
+  EndOfUtterance detector;
+  std::size_t fed = 0;
+  while (fed < stream.size() && !detector.hasEnded()) {
+    const std::size_t count = std::min(piece, stream.size() - fed);
+    detector.feed(std::span(stream).subspan(fed, count));
+    fed += count;
+  }
+  const State state = detector.state();
+  if (!detector.hasEnded()) detector.finish();
+  EXPECT_LE(detector.utterance().begin, detector.utterance().end);
+  EXPECT_LE(detector.utterance().end, fed);
+  return {state, detector.utterance(), fed};
+}
+
+const Samples &question() {
+  static const Samples speech = spoken("what is seven plus five", Speaker::awb);
+  return speech;
+}
+
+Samples room(std::size_t count, double level = -65.0) { return pinkNoise(count, level, 3); }
+
+Samples click() {
+  Samples samples(320);
+  for (std::size_t i = 0; i < 120; ++i) samples[i] = i % 2 == 0 ? 20000 : -20000;
+  return samples;
+}
+
+Samples hum(std::size_t count, double frequency, double amplitude) {
+  Samples samples(count);
+  for (std::size_t i = 0; i < count; ++i) {
+    samples[i] = static_cast<std::int16_t>(
+        1000.0 + amplitude * std::sin(6.283185307179586 * frequency * static_cast<double>(i) / 16000.0));
+  }
+  return samples;
+}
+
+TEST(EndOfUtterance, NothingButSpeechBeginsARequest) {
+  Samples typing = room(9 * kSecond);
+  for (std::size_t at = 0; at + kSecond < typing.size(); at += 150 * kMillisecond) {
+    const Samples one = click();
+    std::copy(one.begin(), one.end(), typing.begin() + static_cast<std::ptrdiff_t>(at));
+  }
+  const struct {
+    const char *what;
+    Samples stream;
+  } cases[] = {
+      {"digital silence", silence(9000)},
+      {"faint noise", pinkNoise(9 * kSecond, -75.0)},
+      {"noise", pinkNoise(9 * kSecond, -45.0)},
+      {"loud noise", pinkNoise(9 * kSecond, -20.0)},
+      {"a microphone that starts late", joined({silence(700), pinkNoise(9 * kSecond, -45.0)})},
+      {"a microphone that is muted", joined({pinkNoise(kSecond, -45.0), silence(8500)})},
+      {"typing", typing},
+      {"clicks in digital silence", joined({silence(1000), click(), silence(300), click(), silence(8000)})},
+      {"hum with an offset", hum(9 * kSecond, 60.0, 2000.0)}};
+  for (const auto &c : cases) {
+    const Outcome outcome = listen(c.stream);
+    EXPECT_EQ(outcome.state, State::nothingSaid) << c.what;
+    EXPECT_EQ(outcome.fed, 8 * kSecond) << c.what;
+    EXPECT_EQ(outcome.utterance, EndOfUtterance::Range()) << c.what;
+  }
+}
+
+TEST(EndOfUtterance, FindsARequestWhereverItBegins) {
+  const struct {
+    const char *what;
+    Samples before;
+    double noise;  ///< dB under the speech; 0: none at all
+  } cases[] = {{"at the first sample, clean", {}, 0.0},
+               {"at the first sample, 20 dB", {}, 20.0},
+               {"at the first sample, 10 dB", {}, 10.0},
+               {"after 0.2 s of nothing", silence(200), 0.0},
+               {"after 3 s of nothing", silence(3000), 0.0},
+               {"after 3 s of nothing, 20 dB", silence(3000), 20.0},
+               {"after 6 s of nothing, 5 dB", silence(6000), 5.0},
+               {"after a click", joined({silence(500), click(), silence(1500)}), 30.0}};
+  for (const auto &c : cases) {
+    for (const Speaker speaker : {Speaker::slt, Speaker::awb}) {
+      const Samples speech = spoken("what is seven plus five", speaker);
+      Samples stream = joined({c.before, speech, silence(3000)});
+      if (c.noise > 0.0) stream = mixed(stream, pinkNoise(stream.size(), tests::levelOf(speech) - c.noise));
+      const Outcome outcome = listen(stream);
+      ASSERT_EQ(outcome.state, State::ended) << c.what;
+      // flite begins and ends with about 200 ms of its own silence.
+      const std::size_t begin = c.before.size() + 250 * kMillisecond;
+      const std::size_t end = c.before.size() + speech.size() - 250 * kMillisecond;
+      EXPECT_LE(outcome.utterance.begin, begin) << c.what;
+      EXPECT_GE(outcome.utterance.begin + 600 * kMillisecond, begin) << c.what;
+      EXPECT_GE(outcome.utterance.end, end) << c.what;
+      EXPECT_LE(outcome.utterance.end, end + 700 * kMillisecond) << c.what;
+      EXPECT_LE(outcome.fed, end + 1100 * kMillisecond) << c.what;
+    }
+  }
+}
+
+TEST(EndOfUtterance, ASpeakerMayPause) {
+  const Samples first = spoken("what is", Speaker::slt);
+  const Samples second = spoken("seven plus five", Speaker::slt);
+  // What flite leaves around the words belongs to the pause.
+  const auto loud = [](std::int16_t sample) { return std::abs(sample) > 300; };
+  const Samples begin(first.begin(), std::find_if(first.rbegin(), first.rend(), loud).base());
+  const Samples end(std::find_if(second.begin(), second.end(), loud), second.end());
+  const Samples quiet = room(600 * kMillisecond, -70.0);
+  const Samples stream = joined({room(kSecond, -70.0), begin, quiet, end, room(2 * kSecond, -70.0)});
+  const Outcome outcome = listen(stream);
+  EXPECT_EQ(outcome.state, State::ended);
+  EXPECT_GT(outcome.utterance.end, kSecond + begin.size() + quiet.size() + end.size() - 400 * kMillisecond);
+
+  const Samples longer =
+      joined({room(kSecond, -70.0), begin, room(kSecond, -70.0), end, room(kSecond, -70.0)});
+  EXPECT_LT(listen(longer).utterance.end, kSecond + begin.size() + 600 * kMillisecond);
+}
+
+TEST(EndOfUtterance, ClicksDoNotPutOffTheEnd) {
+  Samples after = room(3 * kSecond);
+  for (const std::size_t at : {300, 550, 700}) {
+    const Samples one = click();
+    std::copy(one.begin(), one.end(), after.begin() + static_cast<std::ptrdiff_t>(at * kMillisecond));
+  }
+  const Samples before = joined({room(kSecond), mixed(question(), room(question().size()))});
+  const Outcome quiet = listen(joined({before, room(3 * kSecond)}));
+  const Outcome clicked = listen(joined({before, after}));
+  ASSERT_EQ(clicked.state, State::ended);
+  EXPECT_LE(clicked.fed, quiet.fed + 100 * kMillisecond);
+}
+
+TEST(EndOfUtterance, NobodySpeaksForEver) {
+  Samples talk = room(kSecond);
+  while (talk.size() < 25 * kSecond) talk = joined({talk, question()});
+  talk = mixed(talk, room(talk.size()));
+  const Outcome outcome = listen(talk);
+  EXPECT_EQ(outcome.state, State::ended);
+  const double seconds = static_cast<double>(outcome.utterance.end - outcome.utterance.begin) / kSecond;
+  EXPECT_GE(seconds, 20.0);
+  EXPECT_LE(seconds, 20.3);
+}
+
+TEST(EndOfUtterance, TheEndOfTheStreamIsTheEndOfTheRequest) {
+  const Samples whole = joined({silence(200), question()});
+  const struct {
+    const char *what;
+    Samples stream;
+    State state;
+  } cases[] = {{"nothing", {}, State::nothingSaid},
+               {"less than a frame", Samples(100, 9000), State::nothingSaid},
+               {"silence", silence(500), State::nothingSaid},
+               {"noise", pinkNoise(kSecond, -30.0), State::nothingSaid},
+               {"a whole request", whole, State::ended},
+               {"half a request", Samples(whole.begin(), whole.begin() + 12007), State::ended}};
+  for (const auto &c : cases) {
+    EndOfUtterance detector;
+    detector.feed(c.stream);
+    EXPECT_EQ(detector.finish(), c.state) << c.what;
+    EXPECT_EQ(detector.finish(), c.state) << c.what;
+    EXPECT_LE(detector.utterance().end, c.stream.size()) << c.what;
+    const EndOfUtterance::Range before = detector.utterance();
+    EXPECT_EQ(detector.feed(whole), c.state) << c.what;
+    EXPECT_EQ(detector.utterance(), before) << c.what;
+  }
+}
+
+TEST(EndOfUtterance, PiecesMakeNoDifference) {
+  Samples stream = joined({silence(333), question(), silence(2000)});
+  stream = mixed(stream, pinkNoise(stream.size(), -45.0));
+  const Outcome expected = listen(stream);
+  ASSERT_EQ(expected.state, State::ended);
+  for (const std::size_t piece : {1, 7, 159, 160, 161, 441, 1024, 1600, 4096}) {
+    const Outcome outcome = listen(stream, piece);
+    EXPECT_EQ(outcome.state, expected.state) << piece;
+    EXPECT_EQ(outcome.utterance, expected.utterance) << piece;
+    EXPECT_LT(outcome.fed, expected.fed + piece) << piece;
+  }
+}
+
+}  // namespace
+}  // namespace velmora
