@@ -347,7 +347,7 @@ std::optional<std::string> ByteCall::Core::receiveNow() {
       }
       if (m_endOfStream) return std::nullopt;
     }
-    m_receivers.push_back([&](std::optional<std::string> next) {
+    m_receivers.emplace_back([&](std::optional<std::string> next) {
       message = std::move(next);
       arrived.set();
     });

@@ -46,7 +46,7 @@ std::string asString(grpc::ByteBuffer &buffer) {
 
 /// The call's own queue is polled by the thread that serves it, so that no message changes threads.
 struct ServerCall::Implementation {
-  enum Tag : std::size_t { done = 1, read, write, finish, tags };
+  enum Operation : std::size_t { kDone, kRead, kWrite, kFinish, kOperations };
 
   grpc::CompletionQueue queue;
   grpc::GenericServerContext context;
@@ -58,34 +58,34 @@ struct ServerCall::Implementation {
     bool known = false;
     bool ok = false;
   };
-  std::array<Outcome, tags> outcomes;
+  std::array<Outcome, kOperations> outcomes;
 
-  Implementation() { context.AsyncNotifyWhenDone(asTag(done)); }
+  Implementation() { context.AsyncNotifyWhenDone(tag(kDone)); }
 
   ~Implementation() {
     queue.Shutdown();
-    void *tag = nullptr;
+    void *ignored = nullptr;
     bool ok = false;
-    while (queue.Next(&tag, &ok)) {
+    while (queue.Next(&ignored, &ok)) {
     }
   }
 
-  static void *asTag(Tag tag) { return reinterpret_cast<void *>(tag); }
+  void *tag(Operation operation) { return &outcomes[operation]; }
 
-  /// Whether the operation `tag` is over before `deadline`; what else is over meanwhile is remembered.
-  bool waitFor(Tag tag, gpr_timespec deadline) {
-    while (!outcomes[tag].known) {
+  /// Whether `operation` is over before `deadline`; what else is over meanwhile is remembered.
+  bool waitFor(Operation operation, gpr_timespec deadline) {
+    while (!outcomes[operation].known) {
       void *pointer = nullptr;
       bool ok = false;
       if (queue.AsyncNext(&pointer, &ok, deadline) != grpc::CompletionQueue::GOT_EVENT) return false;
-      outcomes[reinterpret_cast<std::size_t>(pointer)] = {.known = true, .ok = ok};
+      *static_cast<Outcome *>(pointer) = {.known = true, .ok = ok};
     }
     return true;
   }
 
-  bool take(Tag tag) {
-    const bool ok = outcomes[tag].ok;
-    outcomes[tag] = {};
+  bool take(Operation operation) {
+    const bool ok = outcomes[operation].ok;
+    outcomes[operation] = {};
     return ok;
   }
 };
@@ -109,28 +109,30 @@ std::string ServerCall::peer() const { return m_implementation->context.peer(); 
 const Metadata &ServerCall::metadata() const { return m_implementation->metadata; }
 
 bool ServerCall::cancelled() {
-  return m_implementation->waitFor(Implementation::done, atOnce()) && m_implementation->context.IsCancelled();
+  return m_implementation->waitFor(Implementation::kDone, atOnce()) &&
+         m_implementation->context.IsCancelled();
 }
 
 ServerCall::Received ServerCall::receive(std::string &message,
                                          std::optional<std::chrono::milliseconds> patience) {
   Implementation &call = *m_implementation;
   if (!call.reading) {
-    call.stream.Read(&call.incoming, Implementation::asTag(Implementation::read));
+    call.stream.Read(&call.incoming, call.tag(Implementation::kRead));
     call.reading = true;
   }
-  if (!call.waitFor(Implementation::read, patience ? after(*patience) : never())) return Received::nothingYet;
+  if (!call.waitFor(Implementation::kRead, patience ? after(*patience) : never()))
+    return Received::nothingYet;
   call.reading = false;
-  if (!call.take(Implementation::read)) return Received::endOfStream;
+  if (!call.take(Implementation::kRead)) return Received::endOfStream;
   message = asString(call.incoming);
   return Received::message;
 }
 
-bool ServerCall::send(std::string message) {
+bool ServerCall::send(const std::string &message) {
   const grpc::Slice slice(message);
-  m_implementation->stream.Write(grpc::ByteBuffer(&slice, 1), Implementation::asTag(Implementation::write));
-  (void)m_implementation->waitFor(Implementation::write, never());
-  return m_implementation->take(Implementation::write);
+  m_implementation->stream.Write(grpc::ByteBuffer(&slice, 1), m_implementation->tag(Implementation::kWrite));
+  (void)m_implementation->waitFor(Implementation::kWrite, never());
+  return m_implementation->take(Implementation::kWrite);
 }
 
 void ServerCall::addInitialMetadata(const Metadata &metadata) {
@@ -145,8 +147,8 @@ void ServerCall::finish(int statusCode, const std::string &statusMessage, const 
   const grpc::Status status = statusCode == 0
                                   ? grpc::Status()
                                   : grpc::Status(static_cast<grpc::StatusCode>(statusCode), statusMessage);
-  m_implementation->stream.Finish(status, Implementation::asTag(Implementation::finish));
-  (void)m_implementation->waitFor(Implementation::finish, never());
+  m_implementation->stream.Finish(status, m_implementation->tag(Implementation::kFinish));
+  (void)m_implementation->waitFor(Implementation::kFinish, never());
 }
 
 class Server::Implementation {

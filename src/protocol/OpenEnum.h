@@ -23,6 +23,7 @@ class OpenEnum : public Cases {
 
   constexpr OpenEnum() noexcept = default;
   // Implicit, so that a named case can stand wherever the enumeration is wanted.
+  // NOLINTNEXTLINE(google-explicit-constructor)
   constexpr OpenEnum(Case value) noexcept : m_number(static_cast<std::int32_t>(value)) {}
 
   /// The named case of a known number, else `UNRECOGNIZED`.
@@ -40,6 +41,7 @@ class OpenEnum : public Cases {
   }
 
   /// For `switch`; a value without a name goes to `default`.
+  // NOLINTNEXTLINE(google-explicit-constructor)
   constexpr operator Case() const noexcept { return static_cast<Case>(m_number); }
 
   friend constexpr bool operator==(OpenEnum a, OpenEnum b) noexcept { return a.m_number == b.m_number; }

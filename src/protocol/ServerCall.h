@@ -33,7 +33,7 @@ class ServerCall {
   /// Waits for the next message until `patience` has run out; without one, for as long as it takes.
   [[nodiscard]] Received receive(std::string &message, std::optional<std::chrono::milliseconds> patience);
   /// Returns when the transport has taken the message; false when the client is gone.
-  [[nodiscard]] bool send(std::string message);
+  [[nodiscard]] bool send(const std::string &message);
   /// Before the first message, with which it goes.
   void addInitialMetadata(const Metadata &metadata);
   /// Ends the call. The last operation.

@@ -90,6 +90,8 @@ class WireMessage {
     [[nodiscard]] bool isShared() const noexcept { return m_sharers.load(std::memory_order_acquire) != 1; }
 
    protected:
+    // Only `release` ends a storage.
+    // NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor)
     virtual ~Storage() = default;
 
    private:

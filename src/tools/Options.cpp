@@ -131,6 +131,7 @@ Options Options::parse(const std::vector<std::string> &arguments) {
   std::vector<std::string> texts{"velmora-converse"};
   texts.insert(texts.end(), arguments.begin(), arguments.end());
   std::vector<char *> pointers;
+  pointers.reserve(texts.size() + 1);
   for (std::string &text : texts) pointers.push_back(text.data());
   const int count = static_cast<int>(pointers.size());
   pointers.push_back(nullptr);

@@ -16,11 +16,11 @@ constexpr auto kStandardInput = "-";
 
 class UnusableAudio : public AudioSource {
  public:
-  explicit UnusableAudio(AudioError error) : m_error(std::move(error)) {}
-  [[nodiscard]] AudioRead read(std::span<std::int16_t> /*frame*/) override { throw m_error; }
+  explicit UnusableAudio(std::string why) : m_why(std::move(why)) {}
+  [[nodiscard]] AudioRead read(std::span<std::int16_t> /*frame*/) override { throw AudioError(m_why); }
 
  private:
-  AudioError m_error;
+  std::string m_why;
 };
 
 }  // namespace
@@ -43,7 +43,7 @@ std::unique_ptr<AudioSource> turnAudio(const std::string &name, int wakeDescript
   try {
     return std::make_unique<AudioFile>(name);
   } catch (const AudioError &error) {
-    return std::make_unique<UnusableAudio>(error);
+    return std::make_unique<UnusableAudio>(error.what());
   }
 }
 

@@ -27,9 +27,9 @@ struct AudioRead {
 /// A source belongs to one thread at a time.
 class AudioSource {
  public:
-  static constexpr int sampleRate = 16000;                ///< Hz
-  static constexpr std::size_t frameSamples = 1600;       ///< 100 ms, what is sent at a time
-  static constexpr std::size_t longestSeconds = 10 * 60;  ///< longer audio is refused: it is no utterance
+  static constexpr int sampleRate = 16000;            ///< Hz
+  static constexpr std::size_t frameSamples = 1600;   ///< 100 ms, what is sent at a time
+  static constexpr std::size_t longestSeconds = 600;  ///< longer audio is refused: it is no utterance
 
   AudioSource() = default;
   virtual ~AudioSource() = default;

@@ -42,6 +42,7 @@ Pipe makePipe() {
 
 std::vector<char *> pointers(std::vector<std::string> &texts) {
   std::vector<char *> result;
+  result.reserve(texts.size() + 1);
   for (std::string &text : texts) result.push_back(text.data());
   result.push_back(nullptr);
   return result;
@@ -51,11 +52,12 @@ std::vector<std::string> environmentWith(const std::vector<std::pair<std::string
   std::vector<std::string> all;
   for (char **entry = environ; *entry != nullptr; ++entry) {
     const std::string_view text(*entry);
-    const bool replaced = std::any_of(added.begin(), added.end(),
-                                      [&](const auto &pair) { return text.starts_with(pair.first + '='); });
+    const std::string_view name = text.substr(0, text.find('='));
+    const bool replaced =
+        std::any_of(added.begin(), added.end(), [&](const auto &pair) { return pair.first == name; });
     if (!replaced) all.emplace_back(text);
   }
-  for (const auto &[name, value] : added) all.push_back(name + '=' + value);
+  for (const auto &[name, value] : added) all.push_back(std::string(name).append("=").append(value));
   return all;
 }
 
@@ -193,7 +195,7 @@ class ChildProcess::Running {
 
   /// Appends what is there; false when that is nothing.
   bool readOutput(std::string &text) {
-    std::array<char, 4096> bytes;
+    std::array<char, 4096> bytes{};
     const ssize_t count = ::read(m_output.number(), bytes.data(), bytes.size());
     if (count > 0) text.append(bytes.data(), static_cast<std::size_t>(count));
     m_outputEnded = count == 0;
@@ -203,7 +205,7 @@ class ChildProcess::Running {
   /// Reads all that `source` has now and closes it at its end.
   template <typename Take>
   static void empty(Descriptor &source, Take take) {
-    std::array<char, 4096> bytes;
+    std::array<char, 4096> bytes{};
     while (source.number() >= 0) {
       const ssize_t count = ::read(source.number(), bytes.data(), bytes.size());
       if (count < 0 && errno == EINTR) continue;

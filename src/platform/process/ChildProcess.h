@@ -20,8 +20,9 @@ namespace velmora {
 /// The file to run for a program's name: beside the running executable, else in PATH.
 [[nodiscard]] std::optional<std::filesystem::path> findProgram(const std::string &name);
 
-/// A running child. Its output is read all the time, so that it never waits for us. Calls come from one
-/// thread at a time.
+/// A running child. Its output is read all the time, so that it never waits for us; QProcess would need an
+/// event loop for that, or one of its own waits, and a command line sits in those of the engine. Calls come
+/// from one thread at a time.
 class ChildProcess {
  public:
   using Clock = std::chrono::steady_clock;

@@ -46,7 +46,7 @@ void WakePipe::waitUntil(std::optional<Clock::time_point> deadline) const {
   }
   // An interrupted wait returns early: the caller looks what has changed anyway.
   ::ppoll(&watched, 1, deadline ? &left : nullptr, nullptr);
-  std::array<char, 64> bytes;
+  std::array<char, 64> bytes{};
   while (::read(m_reader, bytes.data(), bytes.size()) > 0) {
   }
 }
