@@ -12,6 +12,7 @@ constexpr std::size_t kFrame = 160;  // samples: 10 ms, the unit of all the coun
 
 constexpr std::size_t kNoiseWindow = 200;  // 2 s: longer than anybody speaks without a dip to the noise
 constexpr double kOverNoise = 9.0;         // dB
+constexpr double kBelowSpeech = 10.0;      // dB
 constexpr double kLeastSpeech = -60.0;     // dBFS; nobody who means the microphone is as quiet as this
 constexpr double kNoSound = -90.0;         // dBFS; less than the last bit: a muted or a starting microphone
 
@@ -31,6 +32,12 @@ double levelOf(std::span<const std::int16_t> frame) {
   const double mean = sum / static_cast<double>(frame.size());
   const double power = squares / static_cast<double>(frame.size()) - mean * mean;
   return 10.0 * std::log10(std::max(power, 1e-3) / (32768.0 * 32768.0));
+}
+
+double percentile(std::vector<double> values, std::size_t percent) {
+  const auto wanted = values.begin() + static_cast<std::ptrdiff_t>(values.size() * percent / 100);
+  std::nth_element(values.begin(), wanted, values.end());
+  return *wanted;
 }
 
 std::size_t framesOf(std::chrono::milliseconds time) { return static_cast<std::size_t>(time.count() / 10); }
@@ -56,8 +63,7 @@ EndOfUtterance::State EndOfUtterance::finish() {
   if (m_state == State::listening) {
     m_state = State::nothingSaid;
   } else if (m_state == State::speaking) {
-    const auto lastVoiced = std::find(m_voiced.rbegin(), m_voiced.rend(), true).base() - m_voiced.begin();
-    end(static_cast<std::size_t>(lastVoiced) + kMargin);
+    end(m_levels.size() + 1);  // with what does not fill a frame
   }
   return m_state;
 }
@@ -84,33 +90,38 @@ void EndOfUtterance::takeFrame(double level) {
   if (now - m_firstVoiced >= framesOf(m_limits.longest)) {
     end(now);
   } else if (now - m_firstVoiced >= hangOver) {
-    const auto clicks =
-        std::count(m_voiced.end() - static_cast<std::ptrdiff_t>(hangOver), m_voiced.end(), true);
     const std::size_t allowed = hangOver / kClickShare;
     // The last of the speech may be what is allowed for clicks.
-    if (clicks <= static_cast<std::ptrdiff_t>(allowed)) end(now - hangOver + allowed + kMargin);
+    if (voicedAmongLast(hangOver) <= allowed) end(now - hangOver + allowed + kMargin);
   }
 }
 
+std::size_t EndOfUtterance::voicedAmongLast(std::size_t frames) const {
+  const auto count = static_cast<std::ptrdiff_t>(frames);
+  if (roomIsKnown())
+    return static_cast<std::size_t>(std::count(m_voiced.end() - count, m_voiced.end(), true));
+  // What passes for noise may be speech that never pauses: an end must be far below the loud parts, too.
+  const std::vector<double> request(m_levels.begin() + static_cast<std::ptrdiff_t>(m_firstVoiced),
+                                    m_levels.end());
+  const double threshold = std::clamp(percentile(request, 90) - kBelowSpeech, kLeastSpeech, m_threshold);
+  return static_cast<std::size_t>(
+      std::count_if(m_levels.end() - count, m_levels.end(), [=](double level) { return level > threshold; }));
+}
+
 void EndOfUtterance::markVoiced() {
-  std::vector<double> sorted = m_noise;
-  double threshold = kLeastSpeech;
-  if (!sorted.empty()) {
-    const auto tenth = sorted.begin() + static_cast<std::ptrdiff_t>(sorted.size() / 10);
-    std::nth_element(sorted.begin(), tenth, sorted.end());
-    threshold = std::max(threshold, *tenth + kOverNoise);
-  }
+  m_threshold = kLeastSpeech;
+  if (!m_noise.empty()) m_threshold = std::max(m_threshold, percentile(m_noise, 10) + kOverNoise);
   // Until the room is known, speech passes for its noise; when the first dip shows what the noise is, the
   // frames so far are judged again. Later they are not: noise that stops would become speech.
-  const std::size_t known = m_noise.size() < kNoiseWindow ? 0 : m_voiced.size();
+  const std::size_t settled = roomIsKnown() ? m_voiced.size() : 0;
   m_voiced.resize(m_levels.size());
-  for (std::size_t frame = known; frame < m_levels.size(); ++frame)
-    m_voiced[frame] = m_levels[frame] > threshold;
+  for (std::size_t frame = settled; frame < m_levels.size(); ++frame)
+    m_voiced[frame] = m_levels[frame] > m_threshold;
 }
 
 void EndOfUtterance::lookForSpeech() {
   const std::size_t from =
-      m_noise.size() < kNoiseWindow || m_voiced.size() < kStartWindow ? 0 : m_voiced.size() - kStartWindow;
+      roomIsKnown() && m_voiced.size() > kStartWindow ? m_voiced.size() - kStartWindow : 0;
   for (std::size_t frame = from; frame < m_voiced.size(); ++frame) {
     if (!m_voiced[frame]) continue;
     const auto first = m_voiced.begin() + static_cast<std::ptrdiff_t>(frame);
@@ -123,7 +134,13 @@ void EndOfUtterance::lookForSpeech() {
   }
 }
 
+bool EndOfUtterance::roomIsKnown() const { return m_noise.size() == kNoiseWindow; }
+
 void EndOfUtterance::end(std::size_t frame) {
+  // Frames before the first voiced one may have been found to be voiced since.
+  for (std::size_t back = m_firstVoiced; back > 0 && m_firstVoiced - back < kMargin;) {
+    if (m_voiced[--back]) m_firstVoiced = back;
+  }
   m_state = State::ended;
   m_utterance.begin = (m_firstVoiced - std::min(m_firstVoiced, kMargin)) * kFrame;
   m_utterance.end = std::min(frame * kFrame, m_levels.size() * kFrame + m_rest.size());

@@ -59,6 +59,8 @@ class EndOfUtterance {
  private:
   void takeFrame(double level);
   void markVoiced();
+  [[nodiscard]] std::size_t voicedAmongLast(std::size_t frames) const;
+  [[nodiscard]] bool roomIsKnown() const;
   void lookForSpeech();
   void end(std::size_t frame);
 
@@ -70,6 +72,7 @@ class EndOfUtterance {
   std::vector<bool> m_voiced;        // of every frame
   std::vector<double> m_noise;       // the levels of the last frames with any sound, a ring
   std::size_t m_oldestNoise = 0;     // where the ring is written next, once it is full
+  double m_threshold = 0.0;          // in dBFS, over the noise as far as it is known
   std::size_t m_firstVoiced = 0;     // the frame with which the speech begins
 };
 
