@@ -21,29 +21,16 @@ TEST(Endpoint, ReadsHostsAndPorts) {
                {"[::1]", Endpoint{"::1", {}}, true},
                {"::1", Endpoint{"::1", {}}, true},
                {"fe80::1", Endpoint{"fe80::1", {}}},
-               {std::string(253, 'a'), Endpoint{std::string(253, 'a'), {}}},
-               {std::string(254, 'a'), {}},
-               {"", {}},
-               {":443", {}},
-               {"a.example:", {}},
-               {"a.example:0", {}},
-               {"a.example:65536", {}},
-               {"a.example:-1", {}},
-               {"a.example:+1", {}},
-               {"a.example: 443", {}},
-               {"a.example:443x", {}},
-               {"https://a.example", {}},
-               {"a example", {}},
-               {"-a.example", {}},
-               {"[::1", {}},
-               {"[::1]443", {}},
-               {"[a.example]:443", {}},
-               {"[]:443", {}},
-               {"1:2:3", {}}};
+               {std::string(253, 'a'), Endpoint{std::string(253, 'a'), {}}}};
   for (const auto &c : cases) {
     EXPECT_EQ(Endpoint::parse(c.text), c.endpoint) << c.text;
     EXPECT_EQ(c.endpoint && c.endpoint->isLoopback(), c.loopback) << c.text;
   }
+  for (const char *text : {"", ":443", "a:", "a:0", "a:65536", "a:-1", "a:+1", "a: 443", "a:443x",
+                           "https://a", "a b", "-a", "[::1", "[::1]443", "[a]:443", "[]:443", "1:2:3"}) {
+    EXPECT_EQ(Endpoint::parse(text), std::nullopt) << text;
+  }
+  EXPECT_EQ(Endpoint::parse(std::string(254, 'a')), std::nullopt);
 }
 
 }  // namespace

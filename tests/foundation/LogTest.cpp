@@ -12,28 +12,10 @@
 namespace velmora {
 namespace {
 
-struct Costly {
-  bool *rendered;
-};
-std::ostream &operator<<(std::ostream &out, const Costly &costly) {
-  *costly.rendered = true;
-  return out;
-}
-
 TEST(Log, TextFromOutsideCannotForgeALine) {
   const tests::CapturedLog captured;
   log("Request text: ", "one\nResult code 0\x1b[2J", " ", 7);
   EXPECT_EQ(captured.lines(), std::vector<std::string>{"Request text: one\\nResult code 0\\x1b[2J 7"});
-}
-
-TEST(Log, WithoutASinkNothingIsRendered) {
-  setLogSink({});
-  bool rendered = false;
-  log(Costly{&rendered});
-  EXPECT_FALSE(rendered);
-  const tests::CapturedLog captured;
-  log(Costly{&rendered});
-  EXPECT_TRUE(rendered);
 }
 
 TEST(FatalDeathTest, NumbersOutOfRangeEndTheProgramWithOneLine) {

@@ -6,13 +6,10 @@
 #include <poll.h>
 
 #include <atomic>
-#include <csignal>
 #include <thread>
 
 namespace velmora {
 namespace {
-
-using Clock = WakePipe::Clock;
 
 TEST(WakePipe, NoWakingIsLostHoweverManyComeAtOnce) {
   const WakePipe pipe;
@@ -26,32 +23,9 @@ TEST(WakePipe, NoWakingIsLostHoweverManyComeAtOnce) {
   });
   while (told < kTimes) pipe.waitUntil(std::nullopt);
   teller.join();
-  pipe.waitUntil(Clock::now());  // forgets what came last
+  pipe.waitUntil(WakePipe::Clock::now());  // forgets what came last
   pollfd watched{.fd = pipe.descriptor(), .events = POLLIN, .revents = 0};
   EXPECT_EQ(::poll(&watched, 1, 0), 0);
-}
-
-TEST(WakePipe, ADeadlineEndsTheWaitAndNotEarlier) {
-  const WakePipe pipe;
-  const auto deadline = Clock::now() + std::chrono::milliseconds(20);
-  pipe.waitUntil(deadline);
-  EXPECT_GE(Clock::now(), deadline);
-  pipe.waitUntil(deadline - std::chrono::hours(1));
-}
-
-TEST(WakePipe, ASignalHandlerWakes) {
-  static const WakePipe *wakened = nullptr;
-  static volatile std::sig_atomic_t arrived = 0;
-  const WakePipe pipe;
-  wakened = &pipe;
-  const auto before = std::signal(SIGUSR1, [](int) {
-    arrived = 1;
-    wakened->wake();
-  });
-  std::raise(SIGUSR1);
-  while (arrived == 0) pipe.waitUntil(std::nullopt);
-  EXPECT_EQ(arrived, 1);
-  std::signal(SIGUSR1, before);
 }
 
 }  // namespace
