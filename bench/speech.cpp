@@ -15,12 +15,12 @@
 #include <string>
 #include <vector>
 
-#include "assistant/Dialogue.h"
-#include "assistant/EndOfUtterance.h"
-#include "assistant/Mp3Encoder.h"
-#include "assistant/NumberWords.h"
-#include "assistant/Recogniser.h"
-#include "assistant/Voice.h"
+#include "assistant/dialogue/Dialogue.h"
+#include "assistant/hearing/EndOfUtterance.h"
+#include "assistant/speech/Mp3Encoder.h"
+#include "assistant/speech/NumberWords.h"
+#include "assistant/hearing/Recogniser.h"
+#include "assistant/speech/Voice.h"
 #include "support/Speech.h"
 
 namespace velmora {

@@ -17,7 +17,9 @@ add_library(velmora_options INTERFACE)
 target_compile_options(velmora_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual
   -Wimplicit-fallthrough -Wformat=2 -Wundef
-  # GCC 12 warns of its own std::string at -O3 (its bug 105651).
+  # GCC 12 takes the empty state of a moved std::optional for uninitialised (its bug 105562), and warns of
+  # its own std::string at -O3 (its bug 105651).
+  -Wno-maybe-uninitialized
   $<$<CONFIG:Release>:-Wno-restrict>)
 target_compile_definitions(velmora_options INTERFACE
   QT_NO_CAST_FROM_ASCII QT_NO_KEYWORDS VELMORA_VERSION="${PROJECT_VERSION}")
@@ -25,7 +27,6 @@ target_compile_definitions(velmora_options INTERFACE
 if(VELMORA_SANITIZE)
   add_compile_options(-fsanitize=${VELMORA_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${VELMORA_SANITIZE})
-  target_compile_options(velmora_options INTERFACE -Wno-maybe-uninitialized)
 endif()
 
 function(velmora_library name)

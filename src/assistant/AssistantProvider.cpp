@@ -8,8 +8,9 @@
 #include <optional>
 #include <utility>
 
-#include "assistant/Mp3Encoder.h"
-#include "assistant/Voice.h"
+#include "assistant/Recording.h"
+#include "assistant/speech/SpeechStream.h"
+#include "assistant/speech/Voice.h"
 
 namespace velmora {
 namespace {
@@ -22,11 +23,7 @@ using Result = Google_Assistant_Embedded_V1alpha1_ConverseResult;
 using Response = Google_Assistant_Embedded_V1alpha1_ConverseResponse;
 using ConverseRequest = Google_Assistant_Embedded_V1alpha1_ConverseRequest;
 
-// A client that sends nothing for this long has lost its microphone or its mind; its thread is wanted back.
-constexpr std::chrono::seconds kClientPatience{10};
-// A piece of the answer: a tenth of a second of sound, and of MP3 about as much as a network packet holds.
-constexpr std::size_t kSamplesAPiece = kSpeechRate / 5;
-constexpr std::size_t kBytesAPiece = 1200;
+constexpr std::string_view kBearer = "Bearer ";
 
 /// Why a call cannot be served.
 struct Refusal {
@@ -38,15 +35,16 @@ struct Refusal {
   throw Refusal{StatusCode::invalidArgument, std::move(message)};
 }
 
-ConverseRequest nextRequest(Session &session) {
-  if (auto request = session.receive(kClientPatience)) return *std::move(request);
-  throw Refusal{StatusCode::deadlineExceeded, "The client has sent nothing for ten seconds"};
+ConverseRequest nextRequest(Session &session, std::chrono::milliseconds patience) {
+  if (auto request = session.receive(patience)) return *std::move(request);
+  throw Refusal{StatusCode::deadlineExceeded,
+                "The client has sent nothing for " + std::to_string(patience.count() / 1000) + " seconds"};
 }
 
-Config configurationOf(Session &session) {
+Config configurationOf(Session &session, std::chrono::milliseconds patience) {
   std::optional<ConverseRequest> first;
   try {
-    first = nextRequest(session);
+    first = nextRequest(session, patience);
   } catch (Session::ServerError) {
     refuse("The configuration is missing");
   }
@@ -58,44 +56,30 @@ Config configurationOf(Session &session) {
     refuse("The request's audio must be LINEAR16 at 16000 Hz");
   }
   const auto out = config->audioOutConfig();
-  if (out.encoding() != AudioOutConfig::Encoding::mp3 || out.sampleRateHertz() != kSpeechRate) {
-    refuse("The answer's audio must be MP3 at 16000 Hz");
-  }
+  const bool canSpeak =
+      out.encoding() == AudioOutConfig::Encoding::mp3 || out.encoding() == AudioOutConfig::Encoding::linear16;
+  if (!canSpeak || out.sampleRateHertz() != kSpeechRate)
+    refuse("The answer's audio must be MP3 or LINEAR16 at 16000 Hz");
   return *config;
 }
 
-/// Collects samples from bytes that may be cut anywhere.
+/// Makes samples of bytes that may be cut anywhere.
 class SampleReader {
  public:
-  /// The samples that `bytes` complete, at the end of those read so far.
-  std::span<const std::int16_t> append(const std::string &bytes) {
+  /// The samples that `bytes` complete, valid until the next call.
+  std::span<const std::int16_t> read(const std::string &bytes) {
     m_bytes += bytes;
-    const std::size_t before = m_samples.size();
-    const std::size_t count = m_bytes.size() / sizeof(std::int16_t);
-    m_samples.resize(before + count);
-    std::memcpy(m_samples.data() + before, m_bytes.data(), count * sizeof(std::int16_t));
-    m_bytes.erase(0, count * sizeof(std::int16_t));
-    return std::span(m_samples).subspan(before);
+    m_samples.resize(m_bytes.size() / sizeof(std::int16_t));
+    const std::size_t complete = m_samples.size() * sizeof(std::int16_t);
+    std::memcpy(m_samples.data(), m_bytes.data(), complete);
+    m_bytes.erase(0, complete);
+    return m_samples;
   }
-  [[nodiscard]] std::span<const std::int16_t> samples() const { return m_samples; }
 
  private:
   std::string m_bytes;
   std::vector<std::int16_t> m_samples;
 };
-
-void listen(Session &session, SampleReader &reader, EndOfUtterance &detector) {
-  try {
-    while (!detector.hasEnded()) {
-      const auto request = nextRequest(session).converseRequest();
-      const auto *audio = std::get_if<std::string>(&request);
-      if (!audio) refuse("Only audio may follow the configuration");
-      detector.feed(reader.append(*audio));
-    }
-  } catch (Session::ServerError) {
-    detector.finish();
-  }
-}
 
 void sendEndOfUtterance(Session &session) {
   Response response;
@@ -123,21 +107,6 @@ void sendAudio(Session &session, std::string bytes) {
   session.send(response);
 }
 
-void sendSpeech(Session &session, const std::string &text, int volumePercentage) {
-  std::vector<std::int16_t> samples = speak(text);
-  applyVolume(samples, volumePercentage);
-  Mp3Encoder encoder;
-  std::string pending;
-  for (auto rest = std::span<const std::int16_t>(samples); !rest.empty();) {
-    const auto piece = rest.first(std::min(rest.size(), kSamplesAPiece));
-    rest = rest.subspan(piece.size());
-    pending += encoder.encode(piece);
-    if (pending.size() >= kBytesAPiece) sendAudio(session, std::exchange(pending, {}));
-  }
-  pending += encoder.finish();
-  if (!pending.empty()) sendAudio(session, std::move(pending));
-}
-
 void sendAnswer(Session &session, const Reply &reply) {
   // Clients take the state's bytes for a message of its own.
   Google_Assistant_Embedded_V1alpha1_ConverseState state;
@@ -145,57 +114,95 @@ void sendAnswer(Session &session, const Reply &reply) {
   Result result;
   result.setSpokenResponseText(reply.text);
   result.setConversationState(state.serialize());
+  if (reply.volume) result.setVolumePercentage(*reply.volume);
   result.setMicrophoneMode(reply.followOn ? Result::MicrophoneMode::dialogFollowOn
                                           : Result::MicrophoneMode::closeMicrophone);
   sendResult(session, result);
 }
 
-/// Takes as long for a wrong text as for the right one of the same length.
-bool equalInConstantTime(const std::string &left, const std::string &right) {
-  if (left.size() != right.size()) return false;
-  unsigned difference = 0;
-  for (std::size_t i = 0; i < left.size(); ++i) difference |= static_cast<unsigned>(left[i] ^ right[i]);
-  return difference == 0;
+SpeechEncoding encodingOf(const Config &config) {
+  return config.audioOutConfig().encoding() == AudioOutConfig::Encoding::linear16 ? SpeechEncoding::linear16
+                                                                                  : SpeechEncoding::mp3;
 }
 
 }  // namespace
 
-AssistantProvider::AssistantProvider(std::string token, Dialogue dialogue)
-    : m_authorization("Bearer " + std::move(token)), m_dialogue(std::move(dialogue)) {}
+AssistantProvider::AssistantProvider(TokenCheck isLive, Dialogue dialogue, const Limits &limits)
+    : m_isLive(std::move(isLive)), m_dialogue(std::move(dialogue)), m_limits(limits) {}
 
 bool AssistantProvider::isAuthorised(const Metadata &metadata) const {
   const auto field = metadata.find("authorization");
-  return field != metadata.end() && equalInConstantTime(field->second, m_authorization);
+  return field != metadata.end() && field->second.starts_with(kBearer) &&
+         m_isLive(std::string_view(field->second).substr(kBearer.size()));
 }
 
 void AssistantProvider::converse(Session &session) {
-  if (!isAuthorised(session.requestMetadata())) {
-    return session.setStatus(StatusCode::unauthenticated, "The access token is missing or not valid");
-  }
+  const Statistics::Stream stream(m_statistics);
   try {
-    const Config config = configurationOf(session);
-    SampleReader reader;
-    EndOfUtterance detector;
-    listen(session, reader, detector);
-    sendEndOfUtterance(session);
-    const Reply reply =
-        answerTo(session, reader.samples(), detector, config.converseState().conversationState());
-    sendSpeech(session, reply.speech, config.audioOutConfig().volumePercentage());
-    sendAnswer(session, reply);
+    if (!isAuthorised(session.requestMetadata()))
+      throw Refusal{StatusCode::unauthenticated, "The access token is missing or not valid"};
+    if (m_statistics.streams() > m_limits.streams)
+      throw Refusal{StatusCode::resourceExhausted, "Too many conversations at once; try again later"};
+    serve(session);
   } catch (const Refusal &refusal) {
+    m_statistics.addRefusal();
     session.setStatus(refusal.code, refusal.message);
+  } catch (const MessageError &) {
+    m_statistics.addRefusal();
+    throw;
   }
 }
 
-Reply AssistantProvider::answerTo(Session &session, std::span<const std::int16_t> samples,
-                                  const EndOfUtterance &detector, const std::string &state) {
-  if (detector.state() != EndOfUtterance::State::ended) return m_dialogue.answerToSilence(state);
-  const EndOfUtterance::Range range = detector.utterance();
-  const Recognition heard = m_recognisers.recognise(samples.subspan(range.begin, range.end - range.begin));
+void AssistantProvider::serve(Session &session) {
+  const Config config = configurationOf(session, m_limits.clientSilence);
+  const std::string state = config.converseState().conversationState();
+  Listener listener(m_recognisers, Language::instance(), m_dialogue.pendingQuestion(state));
+  listen(session, listener);
+  const auto ended = std::chrono::steady_clock::now();
+  sendEndOfUtterance(session);
+  const Reply reply = answerTo(session, listener, config);
+  bool isFirst = true;
+  streamSpeech(
+      reply.speech, config.audioOutConfig().volumePercentage(), encodingOf(config), [&](std::string bytes) {
+        sendAudio(session, std::move(bytes));
+        if (!std::exchange(isFirst, false)) return;
+        m_statistics.addTurn(
+            std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - ended));
+      });
+  sendAnswer(session, reply);
+}
+
+void AssistantProvider::listen(Session &session, Listener &listener) const {
+  SampleReader reader;
+  const auto latest = std::chrono::steady_clock::now() + m_limits.longestListening;
+  int pieces = 0;
+  try {
+    while (!listener.hasEnded()) {
+      const auto request = nextRequest(session, m_limits.clientSilence).converseRequest();
+      const auto *audio = std::get_if<std::string>(&request);
+      if (!audio) refuse("Only audio may follow the configuration");
+      if (++pieces > m_limits.pieces)
+        throw Refusal{StatusCode::resourceExhausted, "The audio comes in too many pieces"};
+      if (std::chrono::steady_clock::now() > latest)
+        throw Refusal{StatusCode::deadlineExceeded,
+                      "The request takes too long; the audio must come in real time"};
+      listener.feed(reader.read(*audio));
+    }
+  } catch (Session::ServerError) {
+    listener.finish();
+  }
+}
+
+Reply AssistantProvider::answerTo(Session &session, Listener &listener, const Config &config) const {
+  const std::string state = config.converseState().conversationState();
+  const Dialogue::Context context{.state = state, .volume = config.audioOutConfig().volumePercentage()};
+  const auto heard = listener.result();
+  if (heard && !m_recordings.empty()) record(m_recordings, listener.utterance(), *heard);
+  if (!heard) return m_dialogue.answerToSilence(context);
   // What was most likely not said is not shown as if it had been.
-  if (!heard.confident) return m_dialogue.answerToUnclearSpeech(state);
-  sendRequestText(session, heard.text);
-  return m_dialogue.answer(heard.text, state);
+  if (!heard->confident) return m_dialogue.answerToUnclearSpeech(context);
+  sendRequestText(session, heard->text);
+  return m_dialogue.answer(heard->text, context);
 }
 
 }  // namespace velmora

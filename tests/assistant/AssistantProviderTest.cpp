@@ -6,7 +6,7 @@
 
 #include <random>
 
-#include "assistant/Voice.h"
+#include "assistant/speech/Voice.h"
 #include "foundation/Deployment.h"
 #include "protocol/Certificates.h"
 #include "protocol/EmbeddedAssistantServer.h"

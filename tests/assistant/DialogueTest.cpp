@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: Apache-2.0
-#include "assistant/Dialogue.h"
+#include "assistant/dialogue/Dialogue.h"
 
 #include <gmock/gmock.h>
 

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: Apache-2.0
-#include "assistant/EndOfUtterance.h"
+#include "assistant/hearing/EndOfUtterance.h"
 
 #include <gmock/gmock.h>
 

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: Apache-2.0
-#include "assistant/NumberWords.h"
+#include "assistant/speech/NumberWords.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: Apache-2.0
-#include "assistant/RecogniserPool.h"
+#include "assistant/hearing/RecogniserPool.h"
 
 #include <gmock/gmock.h>
 

@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: Apache-2.0
-#include "assistant/Recogniser.h"
+#include "assistant/hearing/Recogniser.h"
 
 #include <gmock/gmock.h>
 #include <sndfile.h>
 
-#include "assistant/Dialogue.h"
-#include "assistant/EndOfUtterance.h"
+#include "assistant/dialogue/Dialogue.h"
+#include "assistant/hearing/EndOfUtterance.h"
 #include "support/IgnoredLeaks.h"
 #include "support/Speech.h"
 #include "support/TemporaryFolder.h"

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: Apache-2.0
-#include "assistant/Voice.h"
+#include "assistant/speech/Voice.h"
 
 #include <gtest/gtest.h>
 #include <mpg123.h>
@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <thread>
 
-#include "assistant/Mp3Encoder.h"
+#include "assistant/speech/Mp3Encoder.h"
 #include "support/Speech.h"
 
 namespace velmora {

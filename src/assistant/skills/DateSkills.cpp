@@ -1,0 +1,107 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+//
+// Dates, weekdays, and how long until.
+
+#include <QTimeZone>
+
+#include "assistant/dialogue/Vocabulary.h"
+#include "assistant/skills/Tables.h"
+
+namespace velmora {
+namespace {
+
+std::string counted(qint64 count, const char *thing) {
+  return std::to_string(count) + ' ' + thing + (count == 1 ? "" : "s");
+}
+
+Answer noSuchDay(const std::string &said) { return {"There is no such day as " + said + '.'}; }
+
+Answer tellDate(const Request &request) {
+  return {"Today is " + dateText(request.services.clock().date()) + '.'};
+}
+
+Answer tellDay(const Request &request) {
+  const QDate today = request.services.clock().date();
+  const std::string said = request.slot("day");
+  const auto day = dayFromWords(said, today, Which::nearest);
+  if (!day) return noSuchDay(said);
+  return {*day == today ? "That is today, " + dateText(*day) + '.'
+                        : (*day < today ? "It was " : "It is ") + dateText(*day) + '.'};
+}
+
+Answer tellWhen(const Request &request) {
+  const QDate today = request.services.clock().date();
+  const auto day = dayFromWords(request.slot("day"), today, Which::next);
+  if (!day) return noSuchDay(request.slot("day"));
+  return {(*day < today ? "It was on " : "It is on ") + dateText(*day) + '.'};
+}
+
+Answer countDays(const Request &request) {
+  const QDate today = request.services.clock().date();
+  const std::string said = request.slot("day");
+  const auto day = dayFromWords(said, today, Which::next);
+  if (!day) return noSuchDay(said);
+  const qint64 days = today.daysTo(*day);
+  if (days == 0) return {"That is today."};
+  if (days < 0) return {"That was " + counted(-days, "day") + " ago."};
+  std::string text = "It is " + counted(days, "day") + " until " + dateText(*day);
+  if (days >= 14) text += ", about " + counted((days + 3) / 7, "week");
+  return {text + '.'};
+}
+
+Answer countHours(const Request &request) {
+  const QDateTime now = request.services.clock();
+  const auto clock = clockFromWords(request.slot("clock"), now.time());
+  if (!clock) return {"I do not know that time of the day."};
+  QDateTime then(now.date(), *clock, now.timeZone());
+  if (then <= now) then = then.addDays(1);
+  const qint64 minutes = (now.secsTo(then) + 59) / 60;
+  std::string text = "It is ";
+  if (minutes >= 60) text += counted(minutes / 60, "hour");
+  if (minutes >= 60 && minutes % 60 != 0) text += " and ";
+  if (minutes % 60 != 0) text += counted(minutes % 60, "minute");
+  return {text + " until " + timeText(*clock) + '.'};
+}
+
+}  // namespace
+
+SkillTable dateSkills() {
+  return {
+      .skills =
+          {
+              {"date",
+               "(what | which) day is it [today] | what day is today | what is today | "
+               "what day of the week is it [today] | what day of the week is today | <what_is> today's date "
+               "| "
+               "<what_is> the date [today] | what date is it [today] | what date is today | <what_is> the "
+               "day today | "
+               "(tell me | give me) (the date | today's date) | (tell me | do you know) what day it is "
+               "[today]",
+               tellDate,
+               {"what day is it", "what's today's date"}},
+              {"day of a date",
+               "(what | which) (day | date) (is | was | will be) <day> | what day of the week (is | was | "
+               "will be) <day> | "
+               "on (what | which) day (is | was | will be) <day> | (what | which) day does <day> fall on | "
+               "what (day | date) (is | was | will) it [be] <day> | "
+               "what weekday (is | was) <day> | <what_is> the date (of | on) <day>",
+               tellDay,
+               {"what day is the third of may", "what date was last friday", "which day is tomorrow"}},
+              {"when is", "when (is | was) <day>", tellWhen, {"when is christmas"}},
+              {"days until",
+               "how (long | many days | many weeks) [is it | are there | do we have | is left | are left] "
+               "(until | till) <day> | how (far | many days) away is <day>",
+               countDays,
+               {"how long until christmas", "how many days until the tenth of june"}},
+              {"hours until",
+               "how (long | many hours | many minutes | much time) [is it | are there | do i have | do we "
+               "have] "
+               "(until | till) <clock>",
+               countHours,
+               {"how long until noon", "how long is it until half past seven"}},
+          },
+  };
+}
+
+}  // namespace velmora

@@ -1,0 +1,39 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <filesystem>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace velmora {
+
+/// The user's shopping list, kept in a file of one item a line. Any thread.
+class ShoppingList {
+ public:
+  static constexpr std::size_t kMostItems = 50;
+
+  /// A list in `file` (mode 0600, made when something is put on it); one in memory only for an empty path.
+  explicit ShoppingList(std::filesystem::path file = {}) : m_file(std::move(file)) {}
+
+  // All of them throw `std::runtime_error` with the path and the reason when the file cannot be read or
+  // written; the list is then as it was before.
+
+  [[nodiscard]] std::vector<std::string> items() const;
+  /// Puts `item` at the end unless it is there already or the list is full. True when it is on the list now.
+  bool add(const std::string &item);
+  /// True when it was on the list.
+  bool remove(const std::string &item);
+  void clear();
+
+ private:
+  [[nodiscard]] std::vector<std::string> read() const;
+  void write(const std::vector<std::string> &items);
+
+  const std::filesystem::path m_file;
+  mutable std::mutex m_mutex;
+  std::vector<std::string> m_inMemory;  // guarded by m_mutex
+};
+
+}  // namespace velmora

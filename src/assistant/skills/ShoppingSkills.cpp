@@ -1,0 +1,155 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+//
+// The shopping list: adding, reading, removing, and clearing with a question back.
+#include <stdexcept>
+
+#include "assistant/skills/ShoppingList.h"
+#include "assistant/skills/Tables.h"
+#include "foundation/Log.h"
+
+namespace velmora {
+namespace {
+
+constexpr auto kClear = "clear shopping list";
+
+constexpr auto kItems =
+    "milk | butter | cheese | cream | yogurt | eggs | bread | rolls | flour | sugar | salt | pepper | rice | "
+    "pasta | "
+    "noodles | spaghetti | potatoes | tomatoes | onions | garlic | carrots | cucumbers | lettuce | spinach | "
+    "broccoli | "
+    "mushrooms | peppers | beans | corn | apples | bananas | oranges | lemons | grapes | strawberries | "
+    "cherries | "
+    "pears | peaches | melons | pineapple | nuts | honey | jam | cereal | oatmeal | coffee | tea | juice | "
+    "orange juice | "
+    "water | wine | beer | lemonade | chocolate | cookies | candy | ice cream | cake | chicken | beef | ham "
+    "| bacon | "
+    "sausages | fish | salmon | tuna | shrimp | oil | olive oil | vinegar | ketchup | mustard | mayonnaise | "
+    "soup | pizza | "
+    "toilet paper | paper towels | soap | shampoo | toothpaste | a toothbrush | dish soap | sponges | trash "
+    "bags | "
+    "batteries | light bulbs | candles | flowers | cat food | dog food | diapers | napkins | aspirin | "
+    "stamps";
+
+std::string listed(const std::vector<std::string> &items) {
+  std::string text;
+  for (std::size_t i = 0; i < items.size(); ++i) {
+    if (i > 0) text += i + 1 == items.size() ? " and " : ", ";
+    text += items[i];
+  }
+  return text;
+}
+
+/// Runs `use`, which reads or writes the list.
+template <typename Use>
+Answer withList(Use use) {
+  try {
+    return use();
+  } catch (const std::runtime_error &error) {
+    log("Shopping list error: ", error.what());
+    return {"I cannot get at your shopping list: its file cannot be read or written."};
+  }
+}
+
+Answer addItems(const Request &request) {
+  return withList([&]() -> Answer {
+    std::vector<std::string> added;
+    for (const std::string &item : request.words.slotsOf("item")) {
+      if (!request.services.shoppingList.add(item)) return {"Your shopping list is full."};
+      added.push_back(item);
+    }
+    return {"I have put " + listed(added) + " on your shopping list."};
+  });
+}
+
+Answer removeItems(const Request &request) {
+  return withList([&]() -> Answer {
+    std::vector<std::string> removed;
+    std::vector<std::string> missing;
+    for (const std::string &item : request.words.slotsOf("item"))
+      (request.services.shoppingList.remove(item) ? removed : missing).push_back(item);
+    std::string text;
+    if (!removed.empty()) text = "I have taken " + listed(removed) + " off your shopping list.";
+    if (!missing.empty()) {
+      if (!text.empty()) text += ' ';
+      text += "There was no " + listed(missing) + " on it.";
+    }
+    return {text};
+  });
+}
+
+Answer readList(const Request &request) {
+  return withList([&]() -> Answer {
+    const std::vector<std::string> items = request.services.shoppingList.items();
+    if (items.empty()) return {"Your shopping list is empty."};
+    return {"On your shopping list: " + listed(items) + '.'};
+  });
+}
+
+std::string askToClear(const Conversation &) { return "Do you want to clear your shopping list?"; }
+
+Answer startClearing(const Request &request) {
+  return withList([&]() -> Answer {
+    const std::size_t count = request.services.shoppingList.items().size();
+    if (count == 0) return {"Your shopping list is empty already."};
+    request.conversation.question = PendingQuestion{.name = kClear};
+    return {"There " + std::string(count == 1 ? "is 1 thing" : "are " + std::to_string(count) + " things") +
+            " on it. " + askToClear(request.conversation)};
+  });
+}
+
+Answer clearIfWanted(const Request &request) {
+  request.conversation.question.reset();
+  if (request.slot("yes").empty()) return {"All right, I keep it."};
+  return withList([&]() -> Answer {
+    request.services.shoppingList.clear();
+    return {"Your shopping list is empty now."};
+  });
+}
+
+std::string keepList(const Conversation &) { return "All right, I keep the list."; }
+
+}  // namespace
+
+SkillTable shoppingSkills() {
+  return {
+      .rules = {{"item", kItems, true},
+                {"items", "[some] <item> ([and] [some] <item>)*"},
+                {"list", "[my | the | our] (shopping list | list | grocery list)"},
+                {"yes",
+                 "yes | yes please | yeah | sure | of course | okay | go ahead | do it | [yes] clear it | "
+                 "please do | "
+                 "that's right",
+                 true},
+                {"no",
+                 "no | no thank you | no thanks | don't | do not [do it] | keep it | [no] (don't | do not) "
+                 "clear it"}},
+      .skills =
+          {
+              {"add to shopping list",
+               "(add | put) <items> (to | on) <list> | (i | we) need [to buy] <items> | "
+               "(i | we) (have | want) to buy <items> | remind me to buy <items>",
+               addItems,
+               {"add milk and eggs to my shopping list", "i need to buy bread"}},
+              {"read shopping list",
+               "(<what_is> | what do i have | what do we have) on <list> | read [me] <list> | show [me] "
+               "<list> | "
+               "tell me what is on <list> | what do (i | we) (need to | have to) buy | is there anything on "
+               "<list>",
+               readList,
+               {"what is on my shopping list", "what do i need to buy"}},
+              {"remove from shopping list",
+               "(remove | take | delete) <items> (from | off) <list> | (i | we) don't need <items> [any "
+               "more]",
+               removeItems,
+               {"remove milk from my shopping list"}},
+              {"clear shopping list",
+               "(clear | empty | delete | erase) <list> | (remove | delete) everything from <list>",
+               startClearing,
+               {"clear my shopping list"}},
+          },
+      .questions = {{kClear, "<yes> | <no>", clearIfWanted, askToClear, keepList}},
+  };
+}
+
+}  // namespace velmora
