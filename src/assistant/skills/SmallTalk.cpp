@@ -13,7 +13,9 @@ namespace {
 Answer help(const Request &request) {
   std::vector<std::string> examples;
   for (const SkillTable &table : skillTables()) {
-    for (const Skill &skill : table.skills) examples.push_back(skill.examples.front());
+    // Nobody needs to be told how to say thanks.
+    if (table.skills.front().answer == help) continue;
+    for (const Skill &skill : table.skills) examples.push_back('"' + skill.examples.front() + '"');
   }
   std::string text =
       "I can tell the time and dates, calculate, convert units, keep your shopping list, play games and "
