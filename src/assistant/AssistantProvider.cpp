@@ -22,6 +22,7 @@ using Result = Google_Assistant_Embedded_V1alpha1_ConverseResult;
 using Response = Google_Assistant_Embedded_V1alpha1_ConverseResponse;
 using ConverseRequest = Google_Assistant_Embedded_V1alpha1_ConverseRequest;
 
+constexpr std::string_view kBearer = "Bearer ";
 // A client that sends nothing for this long has lost its microphone or its mind; its thread is wanted back.
 constexpr std::chrono::seconds kClientPatience{10};
 // A piece of the answer: a tenth of a second of sound, and of MP3 about as much as a network packet holds.
@@ -150,22 +151,15 @@ void sendAnswer(Session &session, const Reply &reply) {
   sendResult(session, result);
 }
 
-/// Takes as long for a wrong text as for the right one of the same length.
-bool equalInConstantTime(const std::string &left, const std::string &right) {
-  if (left.size() != right.size()) return false;
-  unsigned difference = 0;
-  for (std::size_t i = 0; i < left.size(); ++i) difference |= static_cast<unsigned>(left[i] ^ right[i]);
-  return difference == 0;
-}
-
 }  // namespace
 
-AssistantProvider::AssistantProvider(std::string token, Dialogue dialogue)
-    : m_authorization("Bearer " + std::move(token)), m_dialogue(std::move(dialogue)) {}
+AssistantProvider::AssistantProvider(TokenCheck isLive, Dialogue dialogue)
+    : m_isLive(std::move(isLive)), m_dialogue(std::move(dialogue)) {}
 
 bool AssistantProvider::isAuthorised(const Metadata &metadata) const {
   const auto field = metadata.find("authorization");
-  return field != metadata.end() && equalInConstantTime(field->second, m_authorization);
+  return field != metadata.end() && field->second.starts_with(kBearer) &&
+         m_isLive(std::string_view(field->second).substr(kBearer.size()));
 }
 
 void AssistantProvider::converse(Session &session) {

@@ -5,8 +5,10 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "assistant/Dialogue.h"
@@ -22,8 +24,10 @@ namespace velmora {
 /// one.
 class AssistantProvider : public Google_Assistant_Embedded_V1Alpha1_EmbeddedAssistantProvider {
  public:
-  /// Serves callers who present `token`.
-  AssistantProvider(std::string token, Dialogue dialogue);
+  /// Whether the bearer of `token` may be served now. Called on the threads of the calls.
+  using TokenCheck = std::function<bool(std::string_view token)>;
+
+  AssistantProvider(TokenCheck isLive, Dialogue dialogue);
 
   /// Loads the recogniser. Throws `std::runtime_error` when its installation is incomplete.
   void prepare() { m_recognisers.prepare(); }
@@ -38,7 +42,7 @@ class AssistantProvider : public Google_Assistant_Embedded_V1Alpha1_EmbeddedAssi
   Reply answerTo(Session &session, std::span<const std::int16_t> samples, const EndOfUtterance &detector,
                  const std::string &state);
 
-  const std::string m_authorization;
+  const TokenCheck m_isLive;
   const Dialogue m_dialogue;
   RecogniserPool m_recognisers;
 };

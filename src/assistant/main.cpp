@@ -20,6 +20,7 @@
 #include <thread>
 
 #include "assistant/AssistantProvider.h"
+#include "assistant/signin/SignInProvider.h"
 #include "foundation/Deployment.h"
 #include "foundation/Log.h"
 #include "protocol/Certificates.h"
@@ -45,7 +46,8 @@ struct UsageError : std::runtime_error {
 
 struct Options {
   int port = 0;
-  std::string token = {};
+  int signInPort = 0;
+  std::string token = {};  // none when empty
   bool stopAtEof = false;
   bool verbose = false;
 };
@@ -58,11 +60,16 @@ std::string tokenOf(const QCommandLineParser &parser) {
     token = variable;
   }
   while (!token.empty() && std::isspace(static_cast<unsigned char>(token.back()))) token.pop_back();
-  if (token.empty()) {
-    throw UsageError(std::string("an access token is needed: give --token-file FILE or set ") +
-                     kTokenVariable);
-  }
   return token;
+}
+
+int portOf(const QCommandLineParser &parser, const std::string &option) {
+  bool isNumber = false;
+  const int port = parser.value(QString::fromStdString(option)).toInt(&isNumber);
+  if (!isNumber || port < 0 || port > 65535) {
+    throw UsageError("--" + option + " takes a number from 0 to 65535");
+  }
+  return port;
 }
 
 /// The options; nothing when the program has said what it was asked and is done.
@@ -71,22 +78,26 @@ std::optional<Options> parse(const QStringList &arguments) {
   parser.setApplicationDescription(
       QStringLiteral("The local assistant: a Converse service on 127.0.0.1 with offline speech.\n"
                      "Prints one line of JSON with its address and deployment folder when it is ready.\n"
-                     "The access token that clients must present comes from --token-file or the\n"
-                     "environment variable VELMORA_ASSISTANT_TOKEN."));
+                     "Clients sign in at its own pages, or present the access token that comes from\n"
+                     "--token-file or the environment variable VELMORA_ASSISTANT_TOKEN."));
   const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
                                 QStringLiteral("Show this help."));
   const QCommandLineOption version(QStringLiteral("version"), QStringLiteral("Show the version."));
   const QCommandLineOption port(QStringLiteral("port"),
                                 QStringLiteral("Port to listen on; 0 takes a free one (default)."),
                                 QStringLiteral("N"), QStringLiteral("0"));
+  const QCommandLineOption signInPort(
+      QStringLiteral("sign-in-port"),
+      QStringLiteral("Port of the sign-in's pages; 0 takes a free one (default)."), QStringLiteral("N"),
+      QStringLiteral("0"));
   const QCommandLineOption tokenFile(QStringLiteral("token-file"),
-                                     QStringLiteral("File that holds the access token."),
+                                     QStringLiteral("File that holds an access token for this run."),
                                      QStringLiteral("FILE"));
   const QCommandLineOption stopAtEof(
       QStringLiteral("stop-at-eof"),
       QStringLiteral("End when standard input ends, as with the program that started this one."));
   const QCommandLineOption verbose(QStringLiteral("verbose"), QStringLiteral("Log calls to standard error."));
-  parser.addOptions({help, version, port, tokenFile, stopAtEof, verbose});
+  parser.addOptions({help, version, port, signInPort, tokenFile, stopAtEof, verbose});
   if (!parser.parse(arguments)) {
     std::string text = parser.errorText().toStdString();
     if (text.ends_with('.')) text.pop_back();
@@ -104,10 +115,8 @@ std::optional<Options> parse(const QStringList &arguments) {
     throw UsageError("unexpected argument '" + parser.positionalArguments().constFirst().toStdString() + "'");
   }
   Options options{.stopAtEof = parser.isSet(stopAtEof), .verbose = parser.isSet(verbose)};
-  bool isNumber = false;
-  options.port = parser.value(port).toInt(&isNumber);
-  if (!isNumber || options.port < 0 || options.port > 65535)
-    throw UsageError("--port takes a number from 0 to 65535");
+  options.port = portOf(parser, "port");
+  options.signInPort = portOf(parser, "sign-in-port");
   options.token = tokenOf(parser);
   return options;
 }
@@ -128,8 +137,10 @@ std::unique_ptr<QTemporaryDir> makePrivateFolder() {
 }
 
 void writeDeployment(const QString &folder, int port) {
-  const nlohmann::json deployment{
-      {"host", "127.0.0.1"}, {"port", port}, {"scope", "assistant"}, {"loopback_prefix", "http://localhost"}};
+  const nlohmann::json deployment{{"host", "127.0.0.1"},
+                                  {"port", port},
+                                  {"scope", velmora::SignInProvider::scope()},
+                                  {"loopback_prefix", "http://localhost"}};
   QSaveFile file(folder + QLatin1String("/deployment.json"));
   const QByteArray text = QByteArray::fromStdString(deployment.dump(2) + '\n');
   if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size() || !file.commit()) {
@@ -162,7 +173,10 @@ void waitForStop(int signals, bool stopAtEof) {
 }
 
 void run(const Options &options, int signals) {
-  velmora::AssistantProvider provider(options.token, velmora::Dialogue());
+  velmora::SignInProvider signIn(velmora::SignInProvider::forThisUser(options.signInPort));
+  if (!options.token.empty()) signIn.acceptForThisRun(options.token);
+  velmora::AssistantProvider provider([&](std::string_view token) { return signIn.isLive(token); },
+                                      velmora::Dialogue());
   provider.prepare();
   const auto folder = makePrivateFolder();
   const Certificates certificates = velmora::makeCertificates(folder->path().toStdString());
@@ -170,6 +184,8 @@ void run(const Options &options, int signals) {
   // It is in the server's memory now.
   std::filesystem::remove(certificates.key);
   writeDeployment(folder->path(), server.port());
+  signIn.writeClientDescription(folder->path().toStdString());
+  signIn.start();
   server.start(provider);
 
   const nlohmann::json ready{{"address", "127.0.0.1:" + std::to_string(server.port())},

@@ -80,7 +80,8 @@ struct Turn {
 
 class AssistantProviderTest : public ::testing::Test {
  protected:
-  AssistantProviderTest() : m_provider("the-token", Dialogue(&noon, &fifty)) {
+  AssistantProviderTest()
+      : m_provider([](std::string_view token) { return token == "the-token"; }, Dialogue(&noon, &fifty)) {
     const Certificates certificates = makeCertificates(m_folder.path());
     m_server.emplace("127.0.0.1:0", certificates.key, certificates.chain);
     m_server->start(m_provider);
