@@ -58,7 +58,9 @@ SignInProvider::SignInProvider(const Settings &settings)
 void SignInProvider::start() {
   m_listener.start([this](const HttpRequest &request) {
     HttpResponse response = serve(request);
-    log("Sign-in: ", request.method, ' ', request.path, ": ", response.status);
+    // An address that is not ours may hold anything, a code too.
+    log("Sign-in: ", request.method, ' ', response.status == 404 ? "another address" : request.path, ": ",
+        response.status);
     return response;
   });
 }
