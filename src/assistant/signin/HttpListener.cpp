@@ -187,7 +187,7 @@ class HttpListener::Implementation final : private httplib::Server {
     ConnectionStream stream(connection);
     bool closed = false;
     const bool served = process_request(stream, true, closed, nullptr);
-    connection.linger();
+    if (served) connection.linger();
     return served;
   }
 
