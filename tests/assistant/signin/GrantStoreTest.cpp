@@ -15,7 +15,6 @@ namespace velmora {
 namespace {
 
 namespace fs = std::filesystem;
-using namespace std::chrono_literals;
 using ::testing::HasSubstr;
 using ::testing::SizeIs;
 

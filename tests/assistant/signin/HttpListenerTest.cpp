@@ -12,7 +12,6 @@
 namespace velmora {
 namespace {
 
-using namespace std::chrono_literals;
 using tests::RawConnection;
 using tests::sendRaw;
 
@@ -103,7 +102,7 @@ TEST_F(HttpListenerTest, AdmitsABurstAndThenARate) {
 
 TEST_F(HttpListenerTest, SlowClientsHoldNobodyUpForLong) {
   auto settings = generous();
-  settings.requestLimit = 200ms;
+  settings.requestLimit = std::chrono::milliseconds(200);
   start(settings);
   std::vector<std::unique_ptr<RawConnection>> silent;
   for (int i = 0; i < 12; ++i) silent.push_back(std::make_unique<RawConnection>(port()));
@@ -113,7 +112,7 @@ TEST_F(HttpListenerTest, SlowClientsHoldNobodyUpForLong) {
   const auto end = std::chrono::steady_clock::now() + tests::kPatience;
   bool open = dripping.send("GET /a HTTP/1.1\r\nX: ");
   while (open && std::chrono::steady_clock::now() < end) {
-    std::this_thread::sleep_for(10ms);
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
     open = dripping.send("x");
   }
   EXPECT_FALSE(open);
