@@ -8,6 +8,7 @@ find_package(nlohmann_json REQUIRED)
 find_package(Qt6 6.4 REQUIRED COMPONENTS Core)
 
 pkg_check_modules(GRPC REQUIRED IMPORTED_TARGET grpc++ absl_synchronization)
+pkg_check_modules(HTTPLIB REQUIRED IMPORTED_TARGET cpp-httplib)
 pkg_check_modules(SNDFILE REQUIRED IMPORTED_TARGET sndfile)
 pkg_check_modules(SOXR REQUIRED IMPORTED_TARGET soxr)
 pkg_check_modules(MPG123 REQUIRED IMPORTED_TARGET libmpg123)

@@ -12,6 +12,7 @@
 #include "tools/Conversation.h"
 #include "tools/Options.h"
 #include "tools/Report.h"
+#include "tools/SignIn.h"
 #include "tools/StandardOutput.h"
 #include "tools/TurnAudio.h"
 
@@ -25,12 +26,17 @@ void complain(const std::string &what) { standardErrorSink()("velmora-converse: 
 
 void run(const std::vector<std::string> &arguments) {
   const Options options = Options::parse(arguments);
-  if (options.action != Options::Action::converse) {
+  if (options.action == Options::Action::showHelp || options.action == Options::Action::showVersion) {
     const bool help = options.action == Options::Action::showHelp;
     return writeAll(STDOUT_FILENO, help ? Options::help() : Options::version(), [] { return false; });
   }
   setLogSink(options.verbose ? standardErrorSink() : LogSink());
   const Interruption interruption;
+  if (options.action != Options::Action::converse) {
+    const bool in = options.action == Options::Action::signIn;
+    const std::string said = in ? signIn(options, interruption) : signOut(options, interruption);
+    return writeAll(STDOUT_FILENO, said + '\n', Interruption::arrived);
+  }
   checkAudio(options.audio);
   if (options.saveAnswer) checkAnswerFiles(*options.saveAnswer, options.audio.size());
   converse(options, interruption);

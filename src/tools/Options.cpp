@@ -26,6 +26,8 @@ enum Option : int {
   kFast,
   kTimeout,
   kVerbose,
+  kSignIn,
+  kSignOut,
   kHelp,
   kVersion
 };
@@ -41,6 +43,8 @@ constexpr std::array kOptions{option{"deployment", required_argument, nullptr, k
                               option{"fast", no_argument, nullptr, kFast},
                               option{"timeout", required_argument, nullptr, kTimeout},
                               option{"verbose", no_argument, nullptr, kVerbose},
+                              option{"sign-in", no_argument, nullptr, kSignIn},
+                              option{"sign-out", no_argument, nullptr, kSignOut},
                               option{"help", no_argument, nullptr, kHelp},
                               option{"version", no_argument, nullptr, kVersion},
                               option{nullptr, 0, nullptr, 0}};
@@ -93,8 +97,21 @@ std::string tokenOf(const std::string &text) {
   return text;
 }
 
+bool takesValue(int value) {
+  return std::any_of(kOptions.begin(), kOptions.end(), [&](const option &candidate) {
+    return candidate.val == value && candidate.has_arg == required_argument;
+  });
+}
+
+void setAction(Options &options, Options::Action action) {
+  if (options.action != Options::Action::converse && options.action != action) {
+    throw UsageError("--sign-in and --sign-out exclude each other");
+  }
+  options.action = action;
+}
+
 void set(Options &options, int value, const std::string &argument) {
-  if (argument.empty() && value != kLocal && value != kJson && value != kFast && value != kVerbose) {
+  if (argument.empty() && takesValue(value)) {
     throw UsageError(nameOf(value) + " needs a value that is not empty");
   }
   switch (value) {
@@ -108,6 +125,8 @@ void set(Options &options, int value, const std::string &argument) {
     case kJson: options.json = true; break;
     case kFast: options.fast = true; break;
     case kTimeout: options.timeout = timeoutOf(argument); break;
+    case kSignIn: setAction(options, Options::Action::signIn); break;
+    case kSignOut: setAction(options, Options::Action::signOut); break;
     default: options.verbose = true; break;
   }
 }
@@ -116,6 +135,13 @@ void checkTogether(const Options &options) {
   if (options.local && options.deployment) throw UsageError("--local and --deployment exclude each other");
   if (options.local && options.endpoint) throw UsageError("--local and --endpoint exclude each other");
   if (options.local && options.roots) throw UsageError("--local and --roots exclude each other");
+  if (options.action != Options::Action::converse) {
+    const char *const name = options.action == Options::Action::signIn ? "--sign-in" : "--sign-out";
+    if (!options.audio.empty()) throw UsageError(std::string(name) + " takes no audio");
+    if (options.token) throw UsageError(std::string(name) + " and --token exclude each other");
+    if (options.endpoint) throw UsageError(std::string(name) + " and --endpoint exclude each other");
+    return;
+  }
   if (options.audio.empty()) throw UsageError("no audio file is given");
   if (std::count(options.audio.begin(), options.audio.end(), "-") > 1) {
     throw UsageError("standard input (-) can be read only once");
@@ -163,6 +189,7 @@ Options Options::parse(const std::vector<std::string> &arguments) {
 
 std::string Options::help() {
   return R"(Usage: velmora-converse [OPTION]... AUDIO...
+       velmora-converse [OPTION]... --sign-in | --sign-out
 
 Speaks each AUDIO file to the assistant, one turn of a conversation after the
 other, and prints what was understood and answered. AUDIO is a sound file of any
@@ -179,6 +206,11 @@ The service:
                           the one stored at sign-in
 Without any of them: the deployment named by VELMORA_DEPLOYMENT, else the one in
 the user's configuration folder, else the local assistant.
+
+The account:
+  --sign-in               sign in where the deployment is on this machine, without
+                          a window; the tokens are stored for later conversations
+  --sign-out              revoke and forget them
 
 The conversation:
   --fast                  send the audio at once and not in real time

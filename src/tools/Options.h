@@ -22,7 +22,7 @@ class UsageError : public std::runtime_error {
 
 /// The command line of velmora-converse.
 struct Options {
-  enum class Action { converse, showHelp, showVersion };
+  enum class Action { converse, signIn, signOut, showHelp, showVersion };
 
   Action action = Action::converse;
   std::optional<std::filesystem::path> deployment;

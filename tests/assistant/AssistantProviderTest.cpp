@@ -6,7 +6,8 @@
 
 #include <random>
 
-#include "assistant/speech/Voice.h"
+#include "assistant/Voice.h"
+#include "assistant/signin/GrantStore.h"
 #include "foundation/Deployment.h"
 #include "protocol/Certificates.h"
 #include "protocol/EmbeddedAssistantServer.h"
@@ -80,7 +81,8 @@ struct Turn {
 
 class AssistantProviderTest : public ::testing::Test {
  protected:
-  AssistantProviderTest() : m_provider("the-token", Dialogue(&noon, &fifty)) {
+  AssistantProviderTest()
+      : m_provider([this](std::string_view token) { return m_check(token); }, Dialogue(&noon, &fifty)) {
     const Certificates certificates = makeCertificates(m_folder.path());
     m_server.emplace("127.0.0.1:0", certificates.key, certificates.chain);
     m_server->start(m_provider);
@@ -121,6 +123,7 @@ class AssistantProviderTest : public ::testing::Test {
 
   const tests::CapturedLog m_log;
   tests::TemporaryFolder m_folder;
+  AssistantProvider::TokenCheck m_check = [](std::string_view token) { return token == "the-token"; };
   AssistantProvider m_provider;
   std::optional<Google_Assistant_Embedded_V1Alpha1_EmbeddedAssistantServer> m_server;
   std::optional<Google_Assistant_Embedded_V1Alpha1_EmbeddedAssistantService> m_service;
@@ -189,6 +192,27 @@ TEST_F(AssistantProviderTest, RefusesWhomItDoesNotKnow) {
     EXPECT_EQ(turn.end.statusCode, static_cast<int>(StatusCode::unauthenticated)) << value;
     EXPECT_TRUE(turn.kinds.empty());
   }
+}
+
+TEST_F(AssistantProviderTest, ServesASignInAsLongAsItsTokenIsLive) {
+  std::chrono::system_clock::time_point now(std::chrono::hours(1));
+  GrantStore grants(
+      {}, [&] { return now; }, [](std::string_view) {});
+  const TokenAnswer tokens =
+      grants.exchange(grants.newCode({"c", "http://localhost/", ""}), "c", "http://localhost/").value();
+  m_check = [&](std::string_view token) { return grants.isLive(token); };
+  m_service->metadata() = {{"authorization", "Bearer " + tokens.accessToken}};
+  const auto status = [&] { return run({}).end.statusCode; };
+  // A call that comes in is told that its configuration is missing.
+  const int in = static_cast<int>(StatusCode::invalidArgument);
+  const int refused = static_cast<int>(StatusCode::unauthenticated);
+  EXPECT_EQ(status(), in);
+  now += GrantStore::kAccessLife;
+  EXPECT_EQ(status(), refused);
+  ASSERT_TRUE(grants.refresh(*tokens.refreshToken, "c"));
+  EXPECT_EQ(status(), in);
+  ASSERT_TRUE(grants.revoke(tokens.accessToken, "c"));
+  EXPECT_EQ(status(), refused);
 }
 
 TEST_F(AssistantProviderTest, RefusesWhatItCannotServeWithAMessage) {

@@ -24,7 +24,9 @@ using Clock = std::chrono::steady_clock;
 class AssistantTest : public ::testing::Test {
  protected:
   [[nodiscard]] Program::Environment environment(const std::string &token = "the-token") const {
-    return {{"XDG_RUNTIME_DIR", m_runtime.path()}, {"VELMORA_ASSISTANT_TOKEN", token}};
+    return {{"XDG_RUNTIME_DIR", m_runtime.path()},
+            {"XDG_STATE_HOME", m_runtime.path()},
+            {"VELMORA_ASSISTANT_TOKEN", token}};
   }
   static nlohmann::json ready(Program &program) {
     EXPECT_TRUE(program.waitForOut("\n")) << program.err();
@@ -84,7 +86,8 @@ TEST_F(AssistantTest, RefusesWhatItCannotDoWithOneLine) {
                {{"--port"}, "t", 2, "[Mm]issing value"},
                {{"--frobnicate"}, "t", 2, "frobnicate"},
                {{"extra"}, "t", 2, "unexpected argument 'extra'"},
-               {{}, "", 2, "an access token is needed"},
+               {{"--sign-in-port", "x"}, "", 2, "--sign-in-port takes a number"},
+               {{"--sign-in-port", port}, "", 1, "Cannot listen on " + address},
                {{"--token-file", "/nowhere/token"}, "", 1, "/nowhere/token"}};
   for (const auto &c : cases) {
     Program program(VELMORA_ASSISTANT, c.arguments, environment(c.token));

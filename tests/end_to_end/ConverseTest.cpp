@@ -75,11 +75,8 @@ class ConverseTest : public ::testing::Test {
 
   [[nodiscard]] Program::Environment environment(const std::string &token = "") const {
     const std::string home = m_folder.path();
-    return {{"HOME", home},
-            {"XDG_CONFIG_HOME", home},
-            {"XDG_RUNTIME_DIR", home},
-            {"VELMORA_DEPLOYMENT", ""},
-            {"VELMORA_ASSISTANT_TOKEN", token}};
+    return {{"HOME", home},           {"XDG_CONFIG_HOME", home},  {"XDG_RUNTIME_DIR", home},
+            {"XDG_STATE_HOME", home}, {"VELMORA_DEPLOYMENT", ""}, {"VELMORA_ASSISTANT_TOKEN", token}};
   }
 
   /// Runs velmora-converse to its end.

@@ -60,6 +60,9 @@ TEST(Options, SaysWhatIsWrongWithoutRepeatingAToken) {
                {{"a.wav", "--timeout"}, {"0", "-3", "nan", "inf", "3s"}, "seconds above 0, not '"},
                {{"a.wav", "--endpoint"}, {"https://a.example", "a.example:99999"}, "takes HOST, HOST:PORT"},
                {{"a.wav", "--local"}, {"--deployment=d", "--endpoint=h", "--roots=r"}, "exclude each other"},
+               {{"--sign-in"}, {"--sign-out"}, "exclude each other"},
+               {{"--sign-in"}, {"a.wav"}, "takes no audio"},
+               {{"--sign-out"}, {"--token=secret", "--endpoint=h"}, "exclude each other"},
                {{"-", "a.wav"}, {"-"}, "only once"},
                {{"a.wav"}, {""}, "name of an audio file is empty"}};
   for (const auto &c : cases) {

@@ -26,7 +26,8 @@ int systemRandom(int low, int high) {
 }  // namespace
 
 SystemServices::SystemServices(const std::optional<std::filesystem::path> &folder)
-    : m_shoppingList(folder ? *folder / "shopping-list.txt" : std::filesystem::path()), m_seal(keyFor(folder)) {}
+    : m_shoppingList(folder ? *folder / "shopping-list.txt" : std::filesystem::path()),
+      m_seal(keyFor(folder)) {}
 
 Services SystemServices::services() {
   return {.clock = [] { return QDateTime::currentDateTime(); },

@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/process/Descriptor.h"
+#include "foundation/Descriptor.h"
 
 namespace velmora {
 namespace {

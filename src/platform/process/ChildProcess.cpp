@@ -18,7 +18,7 @@
 #include <system_error>
 #include <thread>
 
-#include "platform/process/Descriptor.h"
+#include "foundation/Descriptor.h"
 #include "platform/process/LineCollector.h"
 #include "platform/process/WakePipe.h"
 

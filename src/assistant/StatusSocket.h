@@ -1,0 +1,31 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include "foundation/Descriptor.h"
+
+namespace velmora {
+
+/// A local socket at which a running service tells each caller one text.
+class StatusSocket {
+ public:
+  /// Listens in `folder`. Throws `std::runtime_error`.
+  explicit StatusSocket(const std::filesystem::path &folder);
+
+  /// Readable when somebody asks.
+  [[nodiscard]] int descriptor() const { return m_listener.number(); }
+  /// Gives `text` to whoever has asked first. Never blocks.
+  void answer(const std::string &text) const;
+
+  /// Asks the service of `folder`; nothing when it does not answer within a second.
+  [[nodiscard]] static std::optional<std::string> ask(const std::filesystem::path &folder);
+
+ private:
+  Descriptor m_listener;
+};
+
+}  // namespace velmora
