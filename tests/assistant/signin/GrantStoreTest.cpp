@@ -113,6 +113,7 @@ TEST_F(GrantStoreTest, OfManyWhoComeWithOneCodeOneGetsTokensAndNobodyKeepsThem) 
   std::atomic<int> given = 0;
   std::string token;
   std::vector<std::thread> threads;
+  threads.reserve(6);
   for (int i = 0; i < 6; ++i) {
     threads.emplace_back([&] {
       if (const auto answer = contended.exchange(code, "client", "http://localhost/")) {

@@ -87,6 +87,7 @@ TEST_F(HttpListenerTest, AdmitsABurstAndThenARate) {
          }});
   const auto statuses = [&](int count) {
     std::vector<int> seen;
+    seen.reserve(static_cast<std::size_t>(count));
     for (int i = 0; i < count; ++i) seen.push_back(tests::get(port(), "/a").status);
     return seen;
   };
@@ -105,6 +106,7 @@ TEST_F(HttpListenerTest, SlowClientsHoldNobodyUpForLong) {
   settings.requestLimit = std::chrono::milliseconds(200);
   start(settings);
   std::vector<std::unique_ptr<RawConnection>> silent;
+  silent.reserve(12);
   for (int i = 0; i < 12; ++i) silent.push_back(std::make_unique<RawConnection>(port()));
   EXPECT_EQ(tests::get(port(), "/a").status, 200);
   // A byte now and then does not buy more time.

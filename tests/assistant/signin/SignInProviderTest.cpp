@@ -268,6 +268,7 @@ TEST_F(SignInProviderTest, RefreshesAtTheSameTimeAllGiveTheSameToken) {
   const json tokens = signIn();
   const tests::Inbox<std::string> seen;
   std::vector<std::thread> threads;
+  threads.reserve(8);
   for (int i = 0; i < 8; ++i) {
     threads.emplace_back(
         [&] { seen.put(json::parse(refresh(tokens).body, nullptr, false).value("access_token", "")); });
