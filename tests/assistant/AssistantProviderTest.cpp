@@ -6,8 +6,9 @@
 
 #include <random>
 
-#include "assistant/Voice.h"
 #include "assistant/signin/GrantStore.h"
+#include "assistant/skills/ShoppingList.h"
+#include "assistant/speech/Voice.h"
 #include "foundation/Deployment.h"
 #include "protocol/Certificates.h"
 #include "protocol/EmbeddedAssistantServer.h"
@@ -74,7 +75,7 @@ struct Turn {
   std::vector<std::string> kinds;  // of the responses, in order
   std::string requestText;
   std::string answerText;
-  std::size_t audioBytes = 0;
+  std::string audio;
   Result last;
   CallResult end;
 };
@@ -82,7 +83,12 @@ struct Turn {
 class AssistantProviderTest : public ::testing::Test {
  protected:
   AssistantProviderTest()
-      : m_provider([this](std::string_view token) { return m_check(token); }, Dialogue(&noon, &fifty)) {
+      : m_provider([this](std::string_view token) { return m_check(token); },
+                   Dialogue({.clock = [] { return QDateTime(QDate(2026, 3, 29), QTime(12, 0)); },
+                             .random = [](int, int high) { return std::min(high, 50); },
+                             .shoppingList = m_list},
+                            StateSeal(StateSeal::Key{})),
+                   {.streams = 3, .clientSilence = std::chrono::seconds(1), .pieces = 400}) {
     const Certificates certificates = makeCertificates(m_folder.path());
     m_server.emplace("127.0.0.1:0", certificates.key, certificates.chain);
     m_server->start(m_provider);
@@ -124,21 +130,17 @@ class AssistantProviderTest : public ::testing::Test {
   const tests::CapturedLog m_log;
   tests::TemporaryFolder m_folder;
   AssistantProvider::TokenCheck m_check = [](std::string_view token) { return token == "the-token"; };
+  ShoppingList m_list;
   AssistantProvider m_provider;
   std::optional<Google_Assistant_Embedded_V1Alpha1_EmbeddedAssistantServer> m_server;
   std::optional<Google_Assistant_Embedded_V1Alpha1_EmbeddedAssistantService> m_service;
 
  private:
-  static std::chrono::local_seconds noon() {
-    return std::chrono::local_days(std::chrono::year(2026) / 3 / 29) + std::chrono::hours(12);
-  }
-  static int fifty(int, int) { return 50; }
-
   static void take(const Response &response, Turn &turn) {
     if (response.eventType() == Response::EventType::endOfUtterance) turn.kinds.push_back("end of utterance");
     if (const auto bytes = response.audioOut().audioData(); !bytes.empty()) {
-      if (turn.audioBytes == 0) turn.kinds.push_back("audio");
-      turn.audioBytes += bytes.size();
+      if (turn.audio.empty()) turn.kinds.push_back("audio");
+      turn.audio += bytes;
     }
     const Result result = response.result();
     if (!result.spokenRequestText().empty()) {
@@ -160,7 +162,7 @@ TEST_F(AssistantProviderTest, AnswersASpokenQuestionInTheOrderThatClientsRelyOn)
     EXPECT_EQ(turn.kinds, (std::vector<std::string>{"end of utterance", "request", "audio", "answer"}));
     EXPECT_THAT(turn.requestText, HasSubstr("time"));
     EXPECT_THAT(turn.answerText, HasSubstr("12:00"));
-    EXPECT_GT(turn.audioBytes, 2000U);
+    EXPECT_GT(turn.audio.size(), 2000U);
     EXPECT_EQ(turn.last.microphoneMode(), Result::MicrophoneMode::closeMicrophone);
     EXPECT_EQ(turn.end.statusCode, 0);
   }
@@ -228,22 +230,69 @@ TEST_F(AssistantProviderTest, RefusesWhatItCannotServeWithAMessage) {
   const struct {
     const char *says;
     std::vector<ConverseRequest> requests;
-  } cases[] = {
-      {"configuration is missing", {}},
-      {"must hold the configuration", {audioRequest("xx")}},
-      {"must hold the configuration", {ConverseRequest()}},
-      {"LINEAR16", {request(Config())}},
-      {"LINEAR16", changed([](auto &in, auto &) { in.setEncoding(AudioInConfig::Encoding::flac); })},
-      {"LINEAR16", changed([](auto &in, auto &) { in.setSampleRateHertz(44100); })},
-      {"MP3", changed([](auto &, auto &out) { out.setEncoding(AudioOutConfig::Encoding::UNRECOGNIZED(7)); })},
-      {"MP3", changed([](auto &, auto &out) { out.setSampleRateHertz(24000); })},
-      {"Only audio", {request(configuration()), request(configuration())}}};
+  } cases[] = {{"configuration is missing", {}},
+               {"must hold the configuration", {audioRequest("xx")}},
+               {"must hold the configuration", {ConverseRequest()}},
+               {"LINEAR16", {request(Config())}},
+               {"LINEAR16", changed([](auto &in, auto &) { in.setEncoding(AudioInConfig::Encoding::flac); })},
+               {"LINEAR16", changed([](auto &in, auto &) { in.setSampleRateHertz(44100); })},
+               {"MP3 or", changed([](auto &, auto &out) {
+                  out.setEncoding(AudioOutConfig::Encoding::UNRECOGNIZED(7));
+                })},
+               {"LINEAR16 at", changed([](auto &, auto &out) { out.setSampleRateHertz(24000); })},
+               {"Only audio", {request(configuration()), request(configuration())}}};
   for (const auto &c : cases) {
     const Turn turn = run(c.requests);
     EXPECT_EQ(turn.end.statusCode, static_cast<int>(StatusCode::invalidArgument)) << c.says;
     EXPECT_THAT(turn.end.statusMessage.value_or(""), HasSubstr(c.says));
     EXPECT_TRUE(turn.kinds.empty());
   }
+}
+
+TEST_F(AssistantProviderTest, SpeaksInPlainSamplesAtTheVolumeAskedFor) {
+  const auto bytesAt = [this](int volume) {
+    Config config = configuration();
+    AudioOutConfig out = config.audioOutConfig();
+    out.setEncoding(AudioOutConfig::Encoding::linear16);
+    out.setVolumePercentage(volume);
+    config.setAudioOutConfig(out);
+    return run({request(config)}).audio;
+  };
+  const std::string full = bytesAt(100);
+  ASSERT_GT(full.size(), 16000U);
+  EXPECT_EQ(full.size() % 2, 0U);
+  EXPECT_EQ(bytesAt(0).find_first_not_of('\0'), std::string::npos);
+}
+
+TEST_F(AssistantProviderTest, TellsTheClientHowLoudToBe) {
+  const Turn turn = ask("turn the volume down");
+  EXPECT_EQ(turn.last.volumePercentage(), 80) << turn.requestText;
+}
+
+TEST_F(AssistantProviderTest, StreamsThatMisbehaveAreEndedAndCostNobodyElseAnything) {
+  std::vector<ConverseRequest> flood(500, audioRequest(""));
+  flood.front() = request(configuration());
+  const Turn flooded = run(flood, false);
+  EXPECT_EQ(flooded.end.statusCode, static_cast<int>(StatusCode::resourceExhausted));
+  EXPECT_THAT(flooded.end.statusMessage.value_or(""), HasSubstr("too many pieces"));
+
+  // Two that are silent, and one that never reads: then there is no place left.
+  std::vector<std::shared_ptr<Google_Assistant_Embedded_V1Alpha1_EmbeddedAssistantConverseCall>> held;
+  const Inbox<CallResult> ended;
+  for (int i = 0; i < 3; ++i) {
+    held.push_back(m_service->converse([ended](const CallResult &result) { ended.put(result); }));
+    held.back()->send(request(configuration()));
+  }
+  ASSERT_TRUE(tests::eventually([&] { return m_provider.statistics().streams() == 3; }));
+  const Turn refused = run({request(configuration())});
+  EXPECT_EQ(refused.end.statusCode, static_cast<int>(StatusCode::resourceExhausted));
+  EXPECT_THAT(refused.end.statusMessage.value_or(""), HasSubstr("Too many conversations"));
+  for (const CallResult &result : ended.waitFor(3)) {
+    EXPECT_EQ(result.statusCode, static_cast<int>(StatusCode::deadlineExceeded));
+    EXPECT_THAT(result.statusMessage.value_or(""), HasSubstr("has sent nothing for 1 seconds"));
+  }
+  EXPECT_EQ(ask("what time is it").end.statusCode, 0);
+  EXPECT_THAT(m_provider.statistics().text(), HasSubstr("\"refused\":5,\"streams\":0,\"turns\":1}"));
 }
 
 TEST_F(AssistantProviderTest, AClientThatVanishesDisturbsNobody) {

@@ -3,232 +3,254 @@
 #include "assistant/dialogue/Dialogue.h"
 
 #include <gmock/gmock.h>
+#include <sys/stat.h>
+
+#include <QTimeZone>
+#include <cctype>
+#include <fstream>
+
+#include "assistant/skills/ShoppingList.h"
+#include "support/TemporaryFolder.h"
 
 namespace velmora {
 namespace {
 
-using namespace std::chrono;
-using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
-constexpr int kSecret = 42;
+struct DialogueTest : testing::Test {
+  // A Saturday, ten past three in the afternoon in Berlin.
+  QDateTime now{QDate(2026, 11, 21), QTime(15, 10), QTimeZone("Europe/Berlin")};
+  int drawn = 0;  ///< over the lowest number that may be drawn
+  ShoppingList list;
+  const StateSeal seal{StateSeal::Key{1, 2, 3}};
+  const Dialogue dialogue{{.clock = [this] { return now; },
+                           .random = [this](int low, int high) { return std::min(low + drawn, high); },
+                           .shoppingList = list},
+                          seal};
 
-/// A dialogue at a given time; the number to be guessed is `kSecret`.
-Dialogue dialogueAt(year_month_day date, minutes time = {}) {
-  return {[=] { return local_days(date) + time; },
-          [](int low, int high) {
-            EXPECT_EQ(low, 1);
-            EXPECT_EQ(high, 100);
-            return kSecret;
-          }};
-}
-
-Dialogue dialogue() { return dialogueAt(2026y / March / 2, 15h + 5min); }
-
-TEST(Dialogue, FindsTheSkillThatIsMeant) {
-  const struct {
-    const char *words;
-    const char *skill;
-  } cases[] = {{"what time is it", "time"},
-               {"What's the time?", "time"},
-               {"can you tell me what the time is", "time"},
-               {"do you know what time it is", "time"},
-               {"what day is it", "date"},
-               {"tell me what day it is", "date"},
-               {"what is today's date", "date"},
-               {"what day of the week is it", "date"},
-               {"what is seven plus five", "arithmetic"},
-               {"how much is a hundred and two divided by four", "arithmetic"},
-               {"what can you do", "help"},
-               {"can you help me", "help"},
-               {"hello there", "greeting"},
-               {"good morning", "greeting"},
-               {"thank you", "thanks"},
-               {"thanks a lot", "thanks"},
-               {"let's play a guessing game", "game"},
-               {"start the game", "game"},
-               // What is not understood, and what is too short to be believed when nothing was asked.
-               {"", "unknown"},
-               {"?!", "unknown"},
-               {"what is the capital of australia", "unknown"},
-               {"what is two plus banana", "unknown"},
-               {"fifty", "unknown"},
-               {"is it fifty", "unknown"},
-               {"no", "unknown"},
-               {"stop", "unknown"},
-               {"hello", "unknown"},
-               {"\xff\xfe\x80", "unknown"}};
-  for (const auto &c : cases) {
-    const Reply reply = dialogue().answer(c.words, "");
-    EXPECT_EQ(reply.skill, c.skill) << c.words;
-    EXPECT_FALSE(reply.text.empty());
-    EXPECT_FALSE(reply.speech.empty());
-    EXPECT_EQ(reply.followOn, reply.skill == "game") << c.words;
+  [[nodiscard]] std::string ask(const char *words, int volume = 100) const {
+    return dialogue.answer(words, {.state = {}, .volume = volume}).text;
   }
-  EXPECT_EQ(dialogue().answer(std::string(1'000'000, 'a'), "").skill, "unknown");
-}
-
-TEST(Dialogue, TellsTheTime) {
-  const struct {
-    minutes time;
-    const char *text;
-    const char *speech;
-  } cases[] = {{0min, "It is 12:00 AM.", "It is midnight."},
-               {7min, "It is 12:07 AM.", "It is twelve oh seven in the morning."},
-               {11h + 59min, "It is 11:59 AM.", "It is eleven fifty nine in the morning."},
-               {12h, "It is 12:00 PM.", "It is noon."},
-               {15h + 5min, "It is 3:05 PM.", "It is three oh five in the afternoon."},
-               {21h, "It is 9:00 PM.", "It is nine o'clock in the evening."},
-               {23h + 30min, "It is 11:30 PM.", "It is eleven thirty in the evening."}};
-  for (const auto &c : cases) {
-    const Reply reply = dialogueAt(2026y / March / 2, c.time).answer("what time is it", "");
-    EXPECT_EQ(reply.text, c.text);
-    EXPECT_EQ(reply.speech, c.speech);
-  }
-}
-
-TEST(Dialogue, TellsTheDate) {
-  const Reply leap = dialogueAt(2028y / February / 29, 23h + 59min).answer("what day is it", "");
-  EXPECT_EQ(leap.text, "Today is Tuesday, 29 February 2028.");
-  EXPECT_EQ(leap.speech, "Today is Tuesday, the twenty ninth of February, twenty twenty eight.");
-  EXPECT_EQ(dialogueAt(2026y / January / 4).answer("what's the date", "").text,
-            "Today is Sunday, 4 January 2026.");
-}
-
-TEST(Dialogue, Calculates) {
-  const struct {
-    const char *words;
-    const char *text;
-    const char *speech;
-  } cases[] = {
-      {"what is seven plus five", "7 + 5 = 12", "seven plus five is twelve."},
-      {"what is three minus eight", "3 - 8 = -5", "three minus eight is minus five."},
-      {"how much is nine hundred ninety nine times nine hundred ninety nine", "999 × 999 = 998001",
-       "nine hundred and ninety nine times nine hundred and ninety nine is nine hundred and ninety eight "
-       "thousand "
-       "and one."},
-      {"calculate nine multiplied by nine", "9 × 9 = 81", "nine multiplied by nine is eighty one."},
-      {"what is ten divided by five", "10 ÷ 5 = 2", "ten divided by five is two."},
-      {"what is seven divided by two", "7 ÷ 2 = 3.5", "seven divided by two is three point five."},
-      {"what is one divided by twenty", "1 ÷ 20 = 0.05", "one divided by twenty is zero point zero five."},
-      {"what is ten divided by three", "10 ÷ 3 ≈ 3.33",
-       "ten divided by three is about three point three three."},
-      {"what is nine hundred ninety eight divided by nine hundred ninety nine", "998 ÷ 999 ≈ 1",
-       "nine hundred and ninety eight divided by nine hundred and ninety nine is about one."},
-      {"what is one divided by nine hundred", "1 ÷ 900 < 0.01",
-       "one divided by nine hundred is less than one hundredth."},
-      {"what is zero divided by nine", "0 ÷ 9 = 0", "zero divided by nine is zero."},
-      {"what is six divided by zero", "Nothing can be divided by zero.", "Nothing can be divided by zero."},
-      {"what is zero divided by zero", "Nothing can be divided by zero.", "Nothing can be divided by zero."}};
-  for (const auto &c : cases) {
-    const Reply reply = dialogue().answer(c.words, "");
-    EXPECT_EQ(reply.text, c.text);
-    EXPECT_EQ(reply.speech, c.speech);
-  }
-}
-
-/// One request of a scripted game; null words are silence, "~" is speech that was not recognised.
-struct Turn {
-  const char *words;
-  const char *says;
-  bool goesOn = true;
 };
 
-void playThrough(std::initializer_list<Turn> turns) {
-  const Dialogue player = dialogue();
-  std::string state;
-  for (const Turn &turn : turns) {
-    const Reply reply = !turn.words            ? player.answerToSilence(state)
-                        : turn.words[0] == '~' ? player.answerToUnclearSpeech(state)
-                                               : player.answer(turn.words, state);
-    EXPECT_THAT(reply.text, HasSubstr(turn.says));
-    EXPECT_EQ(reply.followOn, turn.goesOn) << reply.text;
-    EXPECT_EQ(reply.speech.find_first_of("0123456789"), std::string::npos) << reply.speech;
-    EXPECT_FALSE(reply.state.empty());
-    EXPECT_LE(reply.state.size(), Dialogue::kLargestState);
-    state = reply.state;
+TEST_F(DialogueTest, EveryExampleReachesItsSkillAndCanBeSpoken) {
+  for (const SkillTable &table : skillTables()) {
+    for (const Skill &skill : table.skills) {
+      for (const std::string &example : skill.examples) {
+        const Reply reply = dialogue.answer(example, {});
+        EXPECT_EQ(reply.skill, skill.name) << example;
+        EXPECT_FALSE(reply.text.empty()) << example;
+        for (const char c : reply.speech)
+          EXPECT_FALSE(std::isdigit(static_cast<unsigned char>(c)) || c == '%' || c == '=') << reply.speech;
+        EXPECT_LE(reply.state.size(), StateSeal::kLargest);
+        EXPECT_EQ(reply.followOn, !dialogue.pendingQuestion(reply.state).empty()) << example;
+      }
+    }
   }
 }
 
-TEST(Dialogue, PlaysAGuessingGame) {
-  playThrough({{"let's play a game", "from 1 to 100"},
-               {"fifty", "lower than 50"},
-               {"is it twenty five", "higher than 25"},
-               {"what time is it", "Say a number"},  // not a guess, and not counted
-               {"two hundred", "Say a number"},
-               {"zero", "Say a number"},
-               {"~", "did not understand"},
-               {nullptr, "did not hear"},
-               {"i guess forty two", "in 3 tries", false},
-               {"fifty", "did not understand", false}});
-  playThrough({{"play a game", "What is your guess"}, {"forty two", "first try", false}});
-  for (const char *stop : {"stop", "cancel", "stop the game", "i give up", "never mind"}) {
-    playThrough({{"play a game", "What is your guess"},
-                 {stop, "My number was 42", false},
-                 {stop, "not understand", false}});
-  }
-}
-
-TEST(Dialogue, AGameDoesNotListenForEverInAnEmptyRoom) {
-  playThrough({{"play a game", "What is your guess"},
-               {nullptr, "did not hear"},
-               {nullptr, "did not hear"},
-               {"one", "higher"},
-               {nullptr, "did not hear"},
-               {nullptr, "did not hear"},
-               {nullptr, "end the game", false},
-               {nullptr, "did not hear", false}});
-}
-
-TEST(Dialogue, AForgedStateStartsAfresh) {
-  const Dialogue player = dialogue();
-  const std::string good = player.answer("play a game", "").state;
-  ASSERT_TRUE(player.answer("fifty", good).followOn);
-
-  const auto game = [](const std::string &members) { return R"({"game":{)" + members + "}}"; };
-  const std::string cases[] = {
-      "{",
-      "null",
-      "[]",
-      "7",
-      std::string(1, '\0'),
-      "\xff\xfe",
-      R"({"game":7})",
-      R"({"game":[]})",
-      game(""),
-      game(R"("secret":42,"tries":1)"),
-      game(R"("secret":0,"tries":1,"silences":0)"),
-      game(R"("secret":101,"tries":1,"silences":0)"),
-      game(R"("secret":42.5,"tries":1,"silences":0)"),
-      game(R"("secret":"42","tries":1,"silences":0)"),
-      game(R"("secret":42,"tries":-1,"silences":0)"),
-      game(R"("secret":42,"tries":2147483647,"silences":0)"),
-      game(R"("secret":42,"tries":18446744073709551615,"silences":0)"),
-      game(R"("secret":42,"tries":1e999,"silences":0)"),
-      good.substr(0, good.size() - 1),
-      std::string(1000, '['),
-      good + std::string(Dialogue::kLargestState, ' '),
-      std::string(100'000, '['),
+TEST_F(DialogueTest, Answers) {
+  const struct {
+    const char *words;
+    const char *answer;
+  } cases[] = {
+      {"What time is it?", "It is 3:10 PM."},
+      {"hey could you please tell me what time it is in new york please", "It is 9:10 AM in New York."},
+      {"what time is it in auckland", "It is 3:10 AM tomorrow in Auckland."},
+      {"what time is it in honolulu", "It is 4:10 AM in Honolulu."},
+      {"what is the eastern time", "It is 9:10 AM, Eastern time."},
+      {"what day is it", "Today is Saturday, 21 November 2026."},
+      {"what day is the third of may", "It was Sunday, 3 May 2026."},
+      {"what day is december thirty first", "It is Thursday, 31 December 2026."},
+      {"what day will it be in two weeks", "It is Saturday, 5 December 2026."},
+      {"what day is the thirty first of june", "There is no such day as the thirty first of june."},
+      {"when is february twenty ninth", "It is on Tuesday, 29 February 2028."},
+      {"what date was last saturday", "It was Saturday, 14 November 2026."},
+      {"which day is next saturday", "It is Saturday, 28 November 2026."},
+      {"when is christmas eve", "It is on Thursday, 24 December 2026."},
+      {"how many days until new year", "It is 41 days until Friday, 1 January 2027, about 6 weeks."},
+      {"how long until tomorrow", "It is 1 day until Sunday, 22 November 2026."},
+      {"how long until yesterday", "That was 1 day ago."},
+      {"how long until half past four", "It is 1 hour and 20 minutes until 4:30 PM."},
+      {"how long until three o'clock", "It is 11 hours and 50 minutes until 3:00 AM."},
+      {"how long until quarter to one", "It is 9 hours and 35 minutes until 12:45 AM."},
+      {"how many hours until eight thirty in the evening", "It is 5 hours and 20 minutes until 8:30 PM."},
+      {"how long until midnight", "It is 8 hours and 50 minutes until 12:00 AM."},
+      {"what is seven plus five times two", "7 + 5 × 2 = 17"},
+      {"what is ten minus four minus three", "10 − 4 − 3 = 3"},
+      {"what is minus five times two point five", "-5 × 2.5 = -12.5"},
+      {"two thousand and five divided by three", "2,005 ÷ 3 ≈ 668.33"},
+      {"what is one divided by a thousand", "1 ÷ 1,000 is less than one hundredth."},
+      {"what is one million times one million", "1,000,000 × 1,000,000 = 1,000,000,000,000"},
+      {"what is one million times a million times a million", "The result is too large for me."},
+      {"what is five divided by zero", "Nothing can be divided by zero."},
+      {"what is fifteen percent of eighty", "15% of 80 = 12"},
+      {"what is three cubed", "3^3 = 27"},
+      {"what is zero to the power of minus one", "That cannot be calculated."},
+      {"what is the square root of minus four", "A negative number has no real square root."},
+      {"convert minus forty degrees celsius to fahrenheit", "-40° Celsius = -40° Fahrenheit."},
+      {"how many grams are in half a pound", "0.5 pounds ≈ 226.8 grams."},
+      {"how many miles are in an inch", "1 inch ≈ 0.0000158 miles."},
+      {"convert ten miles to pounds", "miles cannot be converted to pounds."},
+      {"roll three dice", "You rolled 1, 1 and 1, together 3."},
+      {"pick a number between nine and five", "My number is 5."},
+      {"how do you spell rhythm", "Rhythm: R, H, Y, T, H, M."},
+      {"repeat after me hello world", "Hello world."},
+      {"what is the weather like", "I did not understand that."},
+      {"", "I did not understand that."},
+      {"seven", "I did not understand that."},
   };
-  for (const std::string &state : cases) {
-    EXPECT_EQ(player.answer("fifty", state).skill, "unknown") << state;
-    EXPECT_FALSE(player.answerToSilence(state).followOn) << state;
-    EXPECT_FALSE(player.answerToUnclearSpeech(state).followOn) << state;
-    EXPECT_EQ(player.answer("what time is it", state).skill, "time") << state;
-  }
-  // The most that passes for a count stays one.
-  const std::string many = game(R"("secret":42,"tries":999,"silences":0)");
-  const std::string more = player.answer("fifty", many).state;
-  EXPECT_THAT(player.answer("forty two", more).text, HasSubstr("999 tries"));
+  for (const auto &c : cases) EXPECT_THAT(ask(c.words), StartsWith(c.answer)) << c.words;
+  EXPECT_THAT(ask(std::string(100'000, 'a').c_str()), StartsWith("I did not understand"));
 }
 
-TEST(Dialogue, TheSystemsRandomNumbersStayInTheGame) {
-  const Dialogue player;
-  for (int i = 0; i < 50; ++i) {
-    const Reply reply = player.answer("play a game", "");
-    EXPECT_TRUE(player.answer("one hundred and one", reply.state).followOn) << reply.state;
+TEST_F(DialogueTest, ChangesTheVolumeWithinItsRange) {
+  const struct {
+    const char *words;
+    int volume;
+    std::optional<int> changed;
+  } cases[] = {{"turn it up", 50, 70},
+               {"louder", 95, 100},
+               {"volume up", 100, {}},
+               {"turn the volume down", 20, 10},
+               {"quieter", 10, {}},
+               {"set the volume to zero percent", 60, 10},
+               {"set the volume to forty", 60, 40},
+               {"set the volume to maximum", 60, 100},
+               {"what time is it", 60, {}}};
+  for (const auto &c : cases)
+    EXPECT_EQ(dialogue.answer(c.words, {.state = {}, .volume = c.volume}).volume, c.changed) << c.words;
+}
+
+/// One thing said and what comes of it.
+struct Step {
+  const char *words;  ///< "(silence)" and "(unclear)" stand for what they say
+  const char *answer;
+  bool followOn = false;
+};
+
+TEST_F(DialogueTest, Conversations) {
+  drawn = 6;  // the secret is 7, the quiz begins with its seventh question
+  const std::vector<Step> cases[] = {
+      {{"let's play a guessing game", "I am thinking", true},
+       {"is it fifty", "My number is lower than 50.", true},
+       {"what time is it", "It is 3:10 PM. Say a number from 1 to 100.", true},
+       {"zero", "My number is from 1 to 100.", true},
+       {"what did you say", "Say a number", true},
+       {"seven", "7 is right! You found it in 2 tries."},
+       {"seven", "I did not understand"}},
+      {{"think of a number", "I am thinking", true},
+       {"(silence)", "I did not hear anything. Say a number", true},
+       {"(unclear)", "I did not understand that. Say a number", true},
+       {"five", "My number is higher", true},
+       {"(silence)", "I did not hear", true},
+       {"the weather", "I did not understand", true},
+       {"(silence)", "I did not hear anything. All right, let us stop. My number was 7."}},
+      {{"think of a number", "I am thinking", true},
+       {"i give up", "All right, let us stop. My number was 7."}},
+      {{"quiz me", "Here are three questions. How many minutes", true},
+       {"a hundred and twenty", "That is right! Which is the tallest animal", true},
+       {"is it mars", "The answer is the giraffe. What is the capital", true},
+       {"i don't know", "The answer is Paris. You had 1 of 3 right."}},
+      {{"clear my shopping list", "Your shopping list is empty already."},
+       {"add milk and some eggs to my shopping list", "I have put milk and eggs on"},
+       {"we need olive oil", "I have put olive oil on"},
+       {"remove milk and bread from the list",
+        "I have taken milk off your shopping list. There was no bread"},
+       {"what's on my list", "On your shopping list: eggs and olive oil."},
+       {"empty the shopping list", "There are 2 things on it. Do you want to clear", true},
+       {"no thank you", "All right, I keep it."},
+       {"clear the list", "There are 2 things", true},
+       {"yes please", "Your shopping list is empty now."},
+       {"read my shopping list", "Your shopping list is empty."}},
+      {{"repeat that", "I have not said anything yet"},
+       {"flip a coin", "It is tails."},
+       {"what did you say", "It is tails."},
+       {"say that again", "It is tails."},
+       {"(unclear)", "I did not understand that. You can ask"},
+       {"(silence)", "I did not hear anything."},
+       {"repeat that", "It is tails."}},
+  };
+  for (const auto &steps : cases) {
+    std::string state;
+    for (const Step &step : steps) {
+      const Dialogue::Context context{.state = state};
+      const std::string words = step.words;
+      const Reply reply = words == "(silence)"   ? dialogue.answerToSilence(context)
+                          : words == "(unclear)" ? dialogue.answerToUnclearSpeech(context)
+                                                 : dialogue.answer(words, context);
+      EXPECT_THAT(reply.text, StartsWith(step.answer)) << words;
+      EXPECT_EQ(reply.followOn, step.followOn) << words;
+      state = reply.state;
+    }
   }
-  EXPECT_THAT(player.answer("what time is it", "").text, StartsWith("It is "));
+}
+
+TEST_F(DialogueTest, OnlyAStateOfItsOwnGoesOn) {
+  const std::string genuine = dialogue.answer("think of a number", {}).state;
+  ASSERT_EQ(dialogue.pendingQuestion(genuine), "guessing game");
+  for (std::size_t i = 0; i < genuine.size(); ++i) {
+    std::string forged = genuine;
+    forged[i] = static_cast<char>(forged[i] ^ 1);
+    EXPECT_EQ(dialogue.pendingQuestion(forged), "") << i;
+    EXPECT_EQ(dialogue.pendingQuestion(genuine.substr(0, i)), "") << i;
+  }
+  const auto seconds = std::chrono::sys_seconds(std::chrono::seconds(now.toSecsSinceEpoch()));
+  const struct {
+    const char *what;
+    std::string state;
+  } cases[] = {
+      {"nothing", ""},
+      {"plain text", R"({"last":"","question":"quiz","values":{},"misses":0})"},
+      {"too large", std::string(100'000, 'x')},
+      {"another key", StateSeal(StateSeal::Key{}).seal("{}", seconds)},
+      {"no conversation", seal.seal("[1,2", seconds)},
+      {"the wrong types", seal.seal(R"({"last":5})", seconds)},
+      {"an unknown question",
+       seal.seal(R"({"last":"","question":"riddle","values":{},"misses":0})", seconds)},
+      {"of tomorrow", seal.seal(R"({"last":"x"})", seconds + std::chrono::hours(24))},
+  };
+  for (const auto &c : cases)
+    EXPECT_THAT(dialogue.answer("fifty", {.state = c.state}).text, StartsWith("I did not understand"))
+        << c.what;
+  // The secret is not for the client to read.
+  EXPECT_EQ(genuine.find("guessing"), std::string::npos);
+  now = now.addSecs(15 * 60);
+  EXPECT_EQ(dialogue.pendingQuestion(genuine), "guessing game");
+  now = now.addSecs(1);
+  EXPECT_EQ(dialogue.pendingQuestion(genuine), "");
+}
+
+TEST(StateSealTest, KeepsItsKeyFromStartToStart) {
+  const tests::TemporaryFolder folder;
+  const auto file = folder.path() / "key";
+  const auto key = StateSeal::keyIn(file);
+  EXPECT_EQ(StateSeal::keyIn(file), key);
+  struct stat status {};
+  ASSERT_EQ(::stat(file.c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0600U);
+  std::ofstream(file) << "damaged";
+  EXPECT_NE(StateSeal::keyIn(file), key);
+  EXPECT_THROW((void)StateSeal::keyIn(folder.path() / "no" / "key"), std::runtime_error);
+}
+
+TEST(ShoppingListTest, IsOnDiskAndHasAnEnd) {
+  const tests::TemporaryFolder folder;
+  const auto file = folder.path() / "list";
+  {
+    ShoppingList list(file);
+    EXPECT_TRUE(list.items().empty());
+    for (std::size_t i = 0; i < ShoppingList::kMostItems; ++i)
+      EXPECT_TRUE(list.add("item " + std::to_string(i)));
+    EXPECT_FALSE(list.add("one too many"));
+    EXPECT_TRUE(list.add("item 0"));
+  }
+  ShoppingList again(file);
+  EXPECT_EQ(again.items().size(), ShoppingList::kMostItems);
+  EXPECT_TRUE(again.remove("item 7"));
+  EXPECT_FALSE(again.remove("item 7"));
+  ShoppingList unwritable(folder.path() / "no" / "list");
+  EXPECT_THROW(unwritable.add("milk"), std::runtime_error);
 }
 
 }  // namespace

@@ -32,6 +32,10 @@ constexpr auto kPhones = "phones";
 /// pass.
 constexpr double kLeastConfidence = -15.0;
 
+/// A sentence of the grammar that was said to its end scores at most this much worse, a frame, than what was
+/// said of it would score as a fragment; words that break off, and others than the grammar's, score much worse.
+constexpr double kMostIncomplete = 0.7;
+
 /// The acoustic model has never heard digital silence: a recording whose pauses hold nothing at all is
 /// understood worse than one with the noise of a quiet room, of this level in dB under the utterance.
 constexpr double kRoom = -33.0;
@@ -120,8 +124,9 @@ struct Recogniser::Decoder {
   }
 
   struct Result {
-    std::string text;
-    double scorePerFrame;
+    std::string text = {};
+    double score = 0.0;       ///< a frame
+    double incomplete = 0.0;  ///< how much better it would be, a frame, if it might stop anywhere
   };
 
   Result decode(const char *search, std::span<const std::int16_t> samples) const {
@@ -129,13 +134,18 @@ struct Recogniser::Decoder {
     // of nothing before it.
     ps_decoder_t *const decoder = handle.get();
     if (ps_set_search(decoder, search) < 0 || ps_start_stream(decoder) < 0 || ps_start_utt(decoder) < 0 ||
-        ps_process_raw(decoder, samples.data(), samples.size(), FALSE, TRUE) < 0 || ps_end_utt(decoder) < 0) {
+        ps_process_raw(decoder, samples.data(), samples.size(), FALSE, TRUE) < 0) {
       throw std::runtime_error("Speech recognition failed");
     }
+    // Before its end, an utterance may stop anywhere in the grammar, and after it at the end of a sentence only.
+    int32 anywhere = 0;
+    (void)ps_get_hyp(decoder, &anywhere);
+    if (ps_end_utt(decoder) < 0) throw std::runtime_error("Speech recognition failed");
     int32 score = 0;
     const char *const text = ps_get_hyp(decoder, &score);
     const int frames = ps_get_n_frames(decoder);
-    return {text ? text : "", frames > 0 ? static_cast<double>(score) / frames : 0.0};
+    if (frames == 0 || !text) return {};
+    return {text, static_cast<double>(score) / frames, static_cast<double>(anywhere - score) / frames};
   }
 
   Owned<cmd_ln_t> config;
@@ -191,12 +201,12 @@ Recogniser::~Recogniser() = default;
 
 Recognition Recogniser::recognise(std::span<const std::int16_t> utterance, const std::string &question) {
   const auto heard = withRoom(utterance);
-  const double phones = m_decoder->decode(kPhones, heard).scorePerFrame;
+  const double phones = m_decoder->decode(kPhones, heard).score;
   const auto recogniseAs = [&](const std::string &search) -> Recognition {
     const Decoder::Result result = m_decoder->decode(search.c_str(), heard);
     if (result.text.empty()) return {};
-    const double confidence = result.scorePerFrame - phones;
-    return {result.text, confidence >= kLeastConfidence, confidence};
+    const double confidence = result.score - phones;
+    return {result.text, confidence >= kLeastConfidence && result.incomplete <= kMostIncomplete, confidence};
   };
   if (question.empty()) return recogniseAs(kCommands);
   // An answer is much more likely than a new request; that one is looked for where no answer fits.

@@ -76,16 +76,17 @@ class Reader {
 
   std::optional<int> belowThousand() {
     std::optional<int> number = belowHundred();
-    const std::size_t before = m_next;
-    if (!number && take("a")) number = 1;
-    if (!number || !take("hundred")) {
-      // "a" alone belongs to what follows.
-      if (number && m_next == before) return number;
-      m_next = before;
-      return number && m_words[before - 1] != "a" ? number : std::nullopt;
-    }
-    if (*number > 9) return std::nullopt;
-    return *number * 100 + rest(&Reader::belowHundred);
+    if (!number && !takeArticleBefore("hundred")) return std::nullopt;
+    if (!take("hundred")) return number;
+    if (number.value_or(1) > 9) return std::nullopt;
+    return number.value_or(1) * 100 + rest(&Reader::belowHundred);
+  }
+
+  /// "a", if `scale` follows.
+  bool takeArticleBefore(std::string_view scale) {
+    if (m_words.size() - m_next < 2 || m_words[m_next] != "a" || m_words[m_next + 1] != scale) return false;
+    ++m_next;
+    return true;
   }
 
   /// What may follow hundreds or thousands, with or without "and".
@@ -99,12 +100,11 @@ class Reader {
 
   std::optional<int> number() {
     if (take("zero")) return 0;
-    std::optional<int> number = belowThousand();
-    if (!number && take("a")) number = 1;
-    if (!number) return std::nullopt;
-    if (*number == 1 && take("million")) return 1'000'000;
-    if (take("thousand")) return *number * 1000 + rest(&Reader::belowThousand);
-    return m_words[m_next - 1] == "a" ? std::nullopt : number;
+    const std::optional<int> number = belowThousand();
+    if (!number && !takeArticleBefore("thousand") && !takeArticleBefore("million")) return std::nullopt;
+    if (number.value_or(1) == 1 && take("million")) return 1'000'000;
+    if (!take("thousand")) return number;
+    return number.value_or(1) * 1000 + rest(&Reader::belowThousand);
   }
 
   [[nodiscard]] bool atEnd() const { return m_next == m_words.size(); }

@@ -1,0 +1,89 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+#include "assistant/dialogue/Grammar.h"
+
+#include <gmock/gmock.h>
+
+#include <stdexcept>
+
+namespace velmora {
+namespace {
+
+using ::testing::ElementsAreArray;
+
+const std::vector<Rule> kRules{{"digit", "one | two | three", true},
+                               {"pair", "<digit> <digit>", true},
+                               {"city", "york | new york", true}};
+
+TEST(Grammar, TakesSentencesApart) {
+  const struct {
+    const char *phrase;
+    const char *sentence;
+    bool fits;
+    std::vector<Match::Slot> slots = {};
+    bool mayContinue = false;
+  } cases[] = {
+      {"what time [now]", "what time", true, {}, true},
+      {"what time [now]", "what time now", true},
+      {"what time [now]", "what", false},
+      {"what time [now]", "what time now now", false},
+      {"what time [now]", "", false},
+      {"(tell | give) me", "give me", true},
+      {"add <digit> (and <digit>)*", "add one", true, {{"digit", "one"}}, true},
+      {"add <digit> (and <digit>)*",
+       "add one and two and three",
+       true,
+       {{"digit", "one"}, {"digit", "two"}, {"digit", "three"}},
+       true},
+      {"add <digit> (and <digit>)*", "add one and", false},
+      {"go <digit>+", "go", false},
+      {"go <digit>+", "go one two", true, {{"digit", "one"}, {"digit", "two"}}, true},
+      {"time in <city>", "time in new york", true, {{"city", "new york"}}},
+      {"a <pair> b", "a one two b", true, {{"pair", "one two"}, {"digit", "one"}, {"digit", "two"}}},
+      {"[a] [b] c", "b c", true},
+      {"what's it", "what's it please", true},
+      {"what's it", "hey what's it please", true},
+      {"what's it", "hey what's unheard of", false},
+  };
+  for (const auto &c : cases) {
+    Grammar grammar(kRules, "hey", "please");
+    grammar.add("something else");
+    EXPECT_EQ(grammar.add(c.phrase), 1);
+    const auto match = grammar.match(c.sentence);
+    ASSERT_EQ(match.has_value(), c.fits) << c.phrase << " / " << c.sentence;
+    if (!match) continue;
+    EXPECT_EQ(match->intent, 1);
+    EXPECT_THAT(match->slots, ElementsAreArray(c.slots)) << c.sentence;
+    EXPECT_EQ(match->mayContinue, c.mayContinue) << c.sentence;
+  }
+}
+
+TEST(Grammar, WhatFitsSeveralIntentsBelongsToTheFirst) {
+  Grammar grammar(kRules);
+  grammar.add("go <digit>");
+  grammar.add("go one");
+  EXPECT_EQ(grammar.match("go one")->intent, 0);
+}
+
+TEST(Grammar, RefusesPhrasesThatAreNone) {
+  for (const char *phrase :
+       {"", "a |", "(a", "[a", "a)", "<digit", "<nothing>", "A", "a 1", "*", "()", "[]"}) {
+    Grammar grammar(kRules);
+    EXPECT_THROW(grammar.add(phrase), std::invalid_argument) << phrase;
+  }
+}
+
+TEST(Grammar, EveryStepLeadsSomewhereWithTheChanceOfItsAlternatives) {
+  Grammar grammar(kRules);
+  grammar.add("(a | b | c) d");
+  double sum = 0;
+  for (const Grammar::Arc &arc : grammar.arcs()) {
+    EXPECT_LT(arc.to, grammar.stateCount());
+    if (arc.word != Grammar::kNoWord && grammar.words()[static_cast<std::size_t>(arc.word)] != "d")
+      sum += arc.probability;
+  }
+  EXPECT_DOUBLE_EQ(sum, 1.0);
+}
+
+}  // namespace
+}  // namespace velmora
