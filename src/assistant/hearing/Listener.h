@@ -8,6 +8,7 @@
 //   std::optional<Recognition> heard = listener.result();
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <future>
 #include <optional>
@@ -34,6 +35,10 @@ class Listener {
   /// The stream is over.
   void finish() { m_detector.finish(); }
   [[nodiscard]] bool hasEnded() const { return m_detector.hasEnded(); }
+  /// Waits until what is being recognised is, for at most `time`: for those who feed faster than real time.
+  void wait(std::chrono::milliseconds time) const {
+    if (m_guess && m_guess->recognition.valid()) m_guess->recognition.wait_for(time);
+  }
 
   /// What was said, to be asked for once, after the end; waits for the recogniser. Nothing when nobody spoke.
   /// Throws what the recogniser throws.

@@ -26,7 +26,7 @@ constexpr auto kCommands = "commands";
 constexpr auto kPhones = "phones";
 
 /// What fits the grammar scores nearly as well, a frame of 10 ms, as the best string of bare phones does;
-/// what is forced into it loses more. Measured with eleven synthetic voices (bench/speech.cpp): here nine in
+/// what is forced into it loses more. Measured with eleven synthetic voices (bench/understanding): here nine in
 /// ten sentences of the grammar are kept and well over nine in ten others are refused, clean and at 20 dB
 /// alike. Three higher, and artificial voices are refused too often; three lower, and twice as many others
 /// pass.
