@@ -399,7 +399,7 @@ void measure(bool onlyTuned, bool list) {
 int main(int argc, char **argv) {
   bool onlyTuned = false;
   bool list = false;
-  for (const std::string argument : std::vector<std::string>(argv + 1, argv + argc)) {
+  for (const std::string &argument : std::vector<std::string>(argv + 1, argv + argc)) {
     if (argument == "--tuned") {
       onlyTuned = true;
     } else if (argument == "--list") {

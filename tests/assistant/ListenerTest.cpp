@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "support/Speech.h"
+#include "support/Waiting.h"
 
 namespace velmora {
 namespace {
@@ -33,7 +34,7 @@ struct ListenerTest : testing::Test {
     while (!listener.hasEnded() && fed < stream.size()) {
       listener.feed(std::span(stream).subspan(fed, std::min(kPiece, stream.size() - fed)));
       fed += kPiece;
-      listener.waitForGuess();
+      listener.wait(tests::kPatience);
     }
     return static_cast<double>(fed) / 16000;
   }

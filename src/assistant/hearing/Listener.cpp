@@ -55,10 +55,6 @@ void Listener::useGuess() {
   }
 }
 
-void Listener::waitForGuess() {
-  if (m_guess && m_guess->recognition.valid()) m_guess->recognition.wait();
-}
-
 std::future<Recognition> Listener::recognise(EndOfUtterance::Range range) const {
   const auto begin = m_samples.begin() + static_cast<std::ptrdiff_t>(range.begin);
   const auto end = m_samples.begin() + static_cast<std::ptrdiff_t>(std::min(range.end, m_samples.size()));

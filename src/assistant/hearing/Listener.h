@@ -44,10 +44,6 @@ class Listener {
   /// Throws what the recogniser throws.
   [[nodiscard]] std::optional<Recognition> result();
 
-  /// Waits until the words before the present pause are recognised; returns at once when there is none. For
-  /// whoever feeds samples faster than they are spoken, and wants them taken as if they were not.
-  void waitForGuess();
-
   /// The samples of the request, after the end; empty when nobody spoke.
   [[nodiscard]] std::span<const std::int16_t> utterance() const;
 
