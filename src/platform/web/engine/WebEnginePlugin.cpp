@@ -1,0 +1,57 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/web/engine/WebEnginePlugin.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QWebEngineDownloadRequest>
+#include <QWebEngineProfile>
+#include <QWebEngineView>
+#include <utility>
+
+#include "platform/web/engine/WebPage.h"
+
+namespace velmora {
+namespace {
+
+constexpr auto kOwnerOnly = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
+
+std::shared_ptr<QWebEngineProfile> makeProfile(const QString &folder) {
+  QDir().mkpath(QFileInfo(folder).absolutePath());
+  QDir().mkdir(folder, kOwnerOnly);
+  QFile::setPermissions(folder, kOwnerOnly);
+  auto profile = std::make_shared<QWebEngineProfile>(QStringLiteral("velmora"));
+  profile->setPersistentStoragePath(folder);
+  profile->setCachePath(folder);
+  profile->setHttpCacheType(QWebEngineProfile::MemoryHttpCache);
+  profile->setPersistentCookiesPolicy(QWebEngineProfile::AllowPersistentCookies);
+  QObject::connect(profile.get(), &QWebEngineProfile::downloadRequested, profile.get(),
+                   [](QWebEngineDownloadRequest *download) { download->cancel(); });
+  return profile;
+}
+
+class Engine : public WebEngine {
+ public:
+  Engine(std::shared_ptr<QWebEngineProfile> profile, const QString &trustedRoots, WebEngineClient &client)
+      : m_profile(std::move(profile)), m_page(*m_profile, trustedRoots, client) {
+    m_view.setPage(&m_page);
+  }
+  QWidget &widget() override { return m_view; }
+  void load(const QUrl &url) override { m_page.load(url); }
+
+ private:
+  // In this order: a page goes before its profile.
+  std::shared_ptr<QWebEngineProfile> m_profile;
+  WebPage m_page;
+  QWebEngineView m_view;
+};
+
+}  // namespace
+
+std::unique_ptr<WebEngine> WebEnginePlugin::make(const WebEngineSettings &settings, WebEngineClient &client) {
+  auto profile = m_profile.lock();
+  if (!profile) m_profile = profile = makeProfile(settings.storageFolder);
+  return std::make_unique<Engine>(std::move(profile), settings.trustedRoots, client);
+}
+
+}  // namespace velmora

@@ -1,0 +1,25 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QObject>
+
+#include "platform/web/WebEngine.h"
+
+class QWebEngineProfile;
+
+namespace velmora {
+
+class WebEnginePlugin : public QObject, public WebEngineFactory {
+  Q_OBJECT
+  Q_PLUGIN_METADATA(IID "velmora.WebEngineFactory/1")
+  Q_INTERFACES(velmora::WebEngineFactory)
+
+ public:
+  std::unique_ptr<WebEngine> make(const WebEngineSettings &settings, WebEngineClient &client) override;
+
+ private:
+  std::weak_ptr<QWebEngineProfile> m_profile;  // lives while there are pages
+};
+
+}  // namespace velmora

@@ -1,0 +1,27 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+//
+// The main function of tests that show web pages: no display, no sandbox for root, and a home of their own.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <QApplication>
+
+#include "platform/web/WebView.h"
+#include "support/TemporaryFolder.h"
+
+int main(int argc, char **argv) {
+  testing::InitGoogleTest(&argc, argv);
+  const velmora::tests::TemporaryFolder home;
+  for (const char *name : {"HOME", "XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME"}) {
+    qputenv(name, home.path().c_str());
+  }
+  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+  // Chromium does not run as root in its sandbox.
+  if (::getuid() == 0) qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
+  qputenv("QTWEBENGINE_CHROMIUM_FLAGS", "--disable-gpu");
+  velmora::WebView::prepareApplication();
+  const QApplication application(argc, argv);
+  QApplication::setQuitOnLastWindowClosed(false);
+  return RUN_ALL_TESTS();
+}
