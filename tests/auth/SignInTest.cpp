@@ -35,7 +35,7 @@ struct SignInTest : testing::Test {
     }
     if (request.target == "/consent") return {.status = 302, .headers = {{"Location", back}}};
     if (request.target == "/favicon.ico") return {.status = 404};
-    return visits++ == 0 ? first : page("Do you agree?");
+    return visits++ == 0 ? first : page("Do you agree?", "consent");
   }
   /// The number of exchanges, and what the code was.
   std::vector<std::string> codes() const {
@@ -70,20 +70,13 @@ TEST_P(EachWayBack, IsOneExchangeAndShowsTheConsentPageAfresh) {
   first = GetParam().first;
   tokensMayGo.set_value();
   LoginViewController screen(deployment, defaults);
-  auto *view = screen.findChild<WebView *>(QStringLiteral("webView2"));
-  bool consentShown = false;
-  QObject::connect(view, &WebView::loadFinished, &screen, [&](bool loaded) {
-    const QUrl at = engineIn(screen)->property("url").toUrl();
-    EXPECT_NE(at.host(), QStringLiteral("localhost"));
-    consentShown = loaded && visits == 2;
-  });
+  const auto title = [&] { return engineIn(screen)->property("title").toString(); };
   EXPECT_EQ(engineIn(screen), nullptr) << "nothing is loaded before it is shown";
   screen.show();
-  ASSERT_TRUE(runUntil([&] { return signedIn() && consentShown; }));
+  ASSERT_TRUE(runUntil([&] { return signedIn() && title() == QStringLiteral("consent"); }));
   EXPECT_THAT(codes(), testing::ElementsAre("ABC"));
   EXPECT_EQ(countOf(server, "GET /auth"), 2);
   EXPECT_EQ(defaults.stringForKey(kAuthTokenKey), QStringLiteral("A"));
-  EXPECT_EQ(engineIn(screen)->property("title"), QStringLiteral("page"));
   screen.hide();
   EXPECT_TRUE(runUntil([&] { return engineIn(screen) == nullptr; })) << "who is signed in needs no page";
 }
@@ -133,7 +126,6 @@ TEST_F(SignInTest, TheWindowStaysOpenAndShowsNoErrorPageWithoutACode) {
   EXPECT_TRUE(codes().empty());
   EXPECT_THAT(engineIn(window)->property("title").toString().toStdString(),
               testing::Not(testing::HasSubstr("localhost")));
-  window.grab().save(QStringLiteral("/tmp/auth-window-nocode.png"));
 }
 
 }  // namespace

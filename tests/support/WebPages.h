@@ -12,8 +12,8 @@
 
 namespace velmora::tests {
 
-inline HttpAnswer page(const std::string &body) {
-  return {.body = "<!DOCTYPE html><title>page</title>" + body, .type = "text/html"};
+inline HttpAnswer page(const std::string &body, const std::string &title = "page") {
+  return {.body = "<!DOCTYPE html><title>" + title + "</title>" + body, .type = "text/html"};
 }
 
 /// How many requests of "METHOD /path" have come, their queries aside.
