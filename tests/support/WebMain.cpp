@@ -7,7 +7,6 @@
 
 #include <QApplication>
 
-#include "platform/web/WebView.h"
 #include "support/TemporaryFolder.h"
 
 int main(int argc, char **argv) {
@@ -20,7 +19,6 @@ int main(int argc, char **argv) {
   // Chromium does not run as root in its sandbox.
   if (::getuid() == 0) qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
   qputenv("QTWEBENGINE_CHROMIUM_FLAGS", "--disable-gpu");
-  velmora::WebView::prepareApplication();
   const QApplication application(argc, argv);
   QApplication::setQuitOnLastWindowClosed(false);
   return RUN_ALL_TESTS();

@@ -30,8 +30,6 @@ WebView::WebView(QWidget *parent, const QString &engineFile)
 
 WebView::~WebView() = default;
 
-void WebView::prepareApplication() { QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts); }
-
 QString WebView::defaultEngineFile() {
   return QCoreApplication::applicationDirPath() + QLatin1String("/" VELMORA_WEB_ENGINE);
 }

@@ -54,8 +54,6 @@ class WebView : public QWidget, private WebEngineClient {
   explicit WebView(QWidget *parent = nullptr, const QString &engineFile = defaultEngineFile());
   ~WebView() override;
 
-  /// To be called before the application object is made: the engine draws with a shared graphics context.
-  static void prepareApplication();
   /// The plugin that belongs to the running program.
   [[nodiscard]] static QString defaultEngineFile();
 

@@ -7,6 +7,7 @@
 #include <QWebEngineDownloadRequest>
 #include <QWebEngineProfile>
 #include <QWebEngineView>
+#include <QtWebEngineQuick>
 #include <utility>
 
 #include "platform/web/engine/WebPage.h"
@@ -36,6 +37,8 @@ class Engine : public WebEngine {
       : m_profile(std::move(profile)), m_page(*m_profile, trustedRoots, client) {
     m_view.setPage(&m_page);
   }
+  /// A page that goes reports the end of its load, to nobody.
+  ~Engine() override { QObject::disconnect(&m_page, nullptr, &m_page, nullptr); }
   QWidget &widget() override { return m_view; }
   void load(const QUrl &url) override { m_page.load(url); }
 
@@ -49,6 +52,9 @@ class Engine : public WebEngine {
 }  // namespace
 
 std::unique_ptr<WebEngine> WebEnginePlugin::make(const WebEngineSettings &settings, WebEngineClient &client) {
+  // The engine draws with a graphics context shared by the whole program. Qt would rather make it at the
+  // start, which costs 57 MB and as long as all the rest of it, and complains of its being made so late.
+  QtWebEngineQuick::initialize();
   auto profile = m_profile.lock();
   if (!profile) m_profile = profile = makeProfile(settings.storageFolder);
   return std::make_unique<Engine>(std::move(profile), settings.trustedRoots, client);
