@@ -6,14 +6,20 @@
 #include <unistd.h>
 
 #include <QApplication>
+#include <optional>
 
 #include "support/TemporaryFolder.h"
 
 int main(int argc, char **argv) {
   testing::InitGoogleTest(&argc, argv);
-  const velmora::tests::TemporaryFolder home;
-  for (const char *name : {"HOME", "XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME"}) {
-    qputenv(name, home.path().c_str());
+  // A test that starts itself anew shares its home with that.
+  std::optional<velmora::tests::TemporaryFolder> home;
+  if (qEnvironmentVariableIsEmpty("VELMORA_TEST_HOME")) {
+    home.emplace();
+    for (const char *name :
+         {"VELMORA_TEST_HOME", "HOME", "XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME"}) {
+      qputenv(name, home->path().c_str());
+    }
   }
   if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
   // Chromium does not run as root in its sandbox.

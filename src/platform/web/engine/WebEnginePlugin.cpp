@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/web/engine/WebEnginePlugin.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QWebEngineDownloadRequest>
@@ -31,6 +32,12 @@ std::shared_ptr<QWebEngineProfile> makeProfile(const QString &folder) {
   return profile;
 }
 
+/// Kept to the end: one that is made anew would not find the cookies that the former is still writing.
+std::shared_ptr<QWebEngineProfile> &theProfile() {
+  static std::shared_ptr<QWebEngineProfile> profile;
+  return profile;
+}
+
 class Engine : public WebEngine {
  public:
   Engine(std::shared_ptr<QWebEngineProfile> profile, const QString &trustedRoots, WebEngineClient &client)
@@ -55,9 +62,13 @@ std::unique_ptr<WebEngine> WebEnginePlugin::make(const WebEngineSettings &settin
   // The engine draws with a graphics context shared by the whole program. Qt would rather make it at the
   // start, which costs 57 MB and as long as all the rest of it, and complains of its being made so late.
   QtWebEngineQuick::initialize();
-  auto profile = m_profile.lock();
-  if (!profile) m_profile = profile = makeProfile(settings.storageFolder);
-  return std::make_unique<Engine>(std::move(profile), settings.trustedRoots, client);
+  std::shared_ptr<QWebEngineProfile> &profile = theProfile();
+  if (!profile) {
+    profile = makeProfile(settings.storageFolder);
+    // Writes the cookies. Runs before what the engine has registered meanwhile for its own end.
+    qAddPostRoutine([] { theProfile().reset(); });
+  }
+  return std::make_unique<Engine>(profile, settings.trustedRoots, client);
 }
 
 }  // namespace velmora

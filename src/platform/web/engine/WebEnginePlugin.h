@@ -6,8 +6,6 @@
 
 #include "platform/web/WebEngine.h"
 
-class QWebEngineProfile;
-
 namespace velmora {
 
 class WebEnginePlugin : public QObject, public WebEngineFactory {
@@ -17,9 +15,6 @@ class WebEnginePlugin : public QObject, public WebEngineFactory {
 
  public:
   std::unique_ptr<WebEngine> make(const WebEngineSettings &settings, WebEngineClient &client) override;
-
- private:
-  std::weak_ptr<QWebEngineProfile> m_profile;  // lives while there are pages
 };
 
 }  // namespace velmora
