@@ -100,7 +100,10 @@ void HttpClient::postForm(const QString &url, const Parameters &parameters, Comp
   QNetworkAccessManager *here = m_manager.get();
   QObject::connect(reply, &QNetworkReply::metaDataChanged, here, refuseLarge);
   QObject::connect(reply, &QNetworkReply::readyRead, here, refuseLarge);
-  QTimer::singleShot(m_timeout, reply, [refuse] { refuse("no answer in time"); });
+  auto *deadline = new QTimer(reply);
+  QObject::connect(deadline, &QTimer::timeout, reply, [refuse] { refuse("no answer in time"); });
+  deadline->setSingleShot(true);
+  deadline->start(m_timeout);
   QObject::connect(reply, &QNetworkReply::finished, here,
                    [this, reply, refusal, completion = std::move(completion)]() mutable {
                      deliver(std::move(completion), answerOf(*reply, *refusal));

@@ -16,7 +16,6 @@ namespace velmora {
 namespace {
 
 using testing::HasSubstr;
-using testing::IsEmpty;
 using tests::HttpAnswer;
 using tests::HttpRequest;
 using tests::HttpServer;

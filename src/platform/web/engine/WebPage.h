@@ -16,7 +16,7 @@ class WebPage : public QWebEnginePage {
   WebPage(QWebEngineProfile &profile, QString trustedRoots, WebEngineClient &client);
 
  protected:
-  bool acceptNavigationRequest(const QUrl &url, NavigationType type, bool isMainFrame) override;
+  bool acceptNavigationRequest(const QUrl &target, NavigationType type, bool isMainFrame) override;
   QStringList chooseFiles(FileSelectionMode mode, const QStringList &oldFiles,
                           const QStringList &acceptedMimeTypes) override;
   void javaScriptConsoleMessage(JavaScriptConsoleMessageLevel level, const QString &message, int lineNumber,
