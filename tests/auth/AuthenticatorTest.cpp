@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include <future>
 #include <optional>
 
 #include "auth/TokenStore.h"
@@ -205,14 +206,21 @@ TEST_F(AuthenticatorTest, ARefreshAnsweredWithNullIsFatal) {
 }
 
 TEST_F(AuthenticatorTest, OneThatIsDestroyedStoresAndCallsNothingAfterwards) {
-  auto gone = std::make_unique<Authenticator>(deployment(server.url("/token")), defaults);
+  std::promise<void> mayAnswer;
+  const std::shared_future<void> answering = mayAnswer.get_future();
+  HttpServer slow([&](const HttpRequest &) {
+    answering.wait();
+    return answer;
+  });
+  auto gone = std::make_unique<Authenticator>(deployment(slow.url("/token")), defaults);
   gone->requestToken(QStringLiteral("code"));
   gone->refreshToken([](bool) { ADD_FAILURE() << "after the end"; });
-  ASSERT_TRUE(runUntil([&] { return server.requests().values().size() == 2; }));
+  EXPECT_TRUE(runUntil([&] { return slow.requests().values().size() == 2; }));
   gone.reset();
+  mayAnswer.set_value();
   bool later = false;
   authenticator.refreshToken([&](bool) { later = true; });
-  ASSERT_TRUE(runUntil([&] { return later; }));
+  EXPECT_TRUE(runUntil([&] { return later; }));
   EXPECT_FALSE(defaults.objectForKey(kLoggedInKey).isValid());
 }
 
