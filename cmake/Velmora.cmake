@@ -12,6 +12,9 @@ set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
 
+# A program needs only the libraries that it calls: the command line no window system.
+add_link_options(-Wl,--as-needed)
+
 # What every target of ours is compiled with; generated code is left alone.
 add_library(velmora_options INTERFACE)
 target_compile_options(velmora_options INTERFACE

@@ -4,6 +4,7 @@
 
 #include <string_view>
 
+#include "auth/TokenStore.h"
 #include "foundation/Log.h"
 #include "foundation/fatal.h"
 
@@ -85,7 +86,7 @@ API::API(ConversationTextDelegate &delegate, const Deployment &deployment, const
       m_delegate(delegate) {
   // Read only here: a token that is refreshed later is for conversations that begin later.
   m_service.metadata().emplace("authorization",
-                               "Bearer " + defaults.stringForKey(QStringLiteral("auth_token")).toStdString());
+                               "Bearer " + defaults.stringForKey(kAuthTokenKey).toStdString());
 }
 
 API::~API() {

@@ -5,10 +5,10 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include "auth/TokenStore.h"
+
 namespace velmora {
 namespace {
-
-const QString kTokenKey = QStringLiteral("auth_token");
 
 /// What the engine would end the program for, or what would fail only in the call with a text about
 /// handshakes.
@@ -66,14 +66,14 @@ void ServiceAccess::useRoots(const std::filesystem::path &file) {
 
 void ServiceAccess::chooseToken(const Options &options) {
   if (!options.token && !m_assistant) {
-    const bool stored = !UserDefaults::standard().stringForKey(kTokenKey).isEmpty();
+    const bool stored = !UserDefaults::standard().stringForKey(kAuthTokenKey).isEmpty();
     m_tokenSource = stored ? TokenSource::stored : TokenSource::none;
     return;
   }
   const std::string token = options.token ? *options.token : m_assistant->token();
   m_tokenSource = options.token ? TokenSource::argument : TokenSource::localAssistant;
   m_ownDefaults = std::make_unique<UserDefaults>();
-  m_ownDefaults->setObject(QString::fromStdString(token), kTokenKey);
+  m_ownDefaults->setObject(QString::fromStdString(token), kAuthTokenKey);
 }
 
 ServiceDescription ServiceAccess::description() const {

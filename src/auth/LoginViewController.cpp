@@ -1,0 +1,47 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+#include "auth/LoginViewController.h"
+
+#include "auth/LoginNavigation.h"
+#include "auth/TokenStore.h"
+#include "ui_LoginView.h"
+
+namespace velmora {
+
+LoginViewController::LoginViewController(const Deployment &deployment, UserDefaults &defaults,
+                                         QWidget *parent)
+    : QWidget(parent),
+      m_loopbackPrefix(QString::fromStdString(deployment.loopbackPrefix)),
+      m_defaults(defaults),
+      m_authenticator(deployment, defaults),
+      m_ui(std::make_unique<Ui::LoginView>()) {
+  m_ui->setupUi(this);
+  m_ui->webView2->setTrustedRoots(deployment.resource("roots", "pem"));
+  viewDidLoad();
+}
+
+LoginViewController::~LoginViewController() = default;
+
+void LoginViewController::viewDidLoad() {
+  m_ui->webView2->setPolicyDelegate(this);
+  loadLoginUrl();
+}
+
+void LoginViewController::loadLoginUrl() { m_ui->webView2->load(loginPage(m_authenticator.loginUrl())); }
+
+void LoginViewController::hideEvent(QHideEvent *event) {
+  QWidget::hideEvent(event);
+  // Who is signed in does not come back soon, and a page takes hundreds of megabytes.
+  if (m_defaults.boolForKey(kLoggedInKey)) m_ui->webView2->unload();
+}
+
+void LoginViewController::decidePolicyForNavigationAction(WebView &, const QUrl &request,
+                                                          WebPolicyListener &listener) {
+  const auto requestToken = [this](const QString &code) { m_authenticator.requestToken(code); };
+  if (followLoginNavigation(request, m_loopbackPrefix, requestToken) != LoginNavigation::elsewhere) {
+    loadLoginUrl();
+  }
+  listener.use();
+}
+
+}  // namespace velmora

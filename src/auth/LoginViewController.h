@@ -1,0 +1,50 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QVariant>
+#include <QWidget>
+#include <memory>
+
+#include "auth/Authenticator.h"
+#include "platform/web/WebView.h"
+
+namespace Ui {
+class LoginView;
+}
+
+namespace velmora {
+
+/// The sign-in screen: the provider's pages, and the consent page afresh whenever they lead back here. That
+/// the user is signed in shows in the settings only. Main thread.
+class LoginViewController : public QWidget, private WebPolicyDelegate {
+  Q_OBJECT
+
+ public:
+  /// `defaults` outlives the screen. Fatal without a client description, as `Authenticator` is.
+  LoginViewController(const Deployment &deployment, UserDefaults &defaults, QWidget *parent = nullptr);
+  ~LoginViewController() override;
+
+  /// Shows the first page of the sign-in.
+  void loadLoginUrl();
+
+  /// Whatever the owner wants to keep with the screen.
+  [[nodiscard]] const QVariant &representedObject() const { return m_representedObject; }
+  void setRepresentedObject(const QVariant &object) { m_representedObject = object; }
+
+ protected:
+  void hideEvent(QHideEvent *event) override;
+
+ private:
+  void viewDidLoad();
+  void decidePolicyForNavigationAction(WebView &webView, const QUrl &request,
+                                       WebPolicyListener &listener) override;
+
+  QString m_loopbackPrefix;
+  UserDefaults &m_defaults;
+  Authenticator m_authenticator;
+  QVariant m_representedObject;
+  std::unique_ptr<Ui::LoginView> m_ui;
+};
+
+}  // namespace velmora

@@ -1,0 +1,243 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+#include "auth/Authenticator.h"
+
+#include <gmock/gmock.h>
+
+#include <future>
+#include <optional>
+
+#include "auth/TokenStore.h"
+#include "support/CapturedLog.h"
+#include "support/EventLoop.h"
+#include "support/HttpServer.h"
+#include "support/OAuthDeployment.h"
+
+namespace velmora {
+namespace {
+
+using testing::HasSubstr;
+using tests::HttpAnswer;
+using tests::HttpRequest;
+using tests::HttpServer;
+using tests::runUntil;
+
+constexpr auto kClient = "client_id=me%20%26%20you%2B1&client_secret=s%3D%C3%BC%2F&";
+
+struct AuthenticatorTest : testing::Test {
+  Deployment deployment(const std::string &tokenUrl) const {
+    return tests::oauthDeployment(folder, "http://127.0.0.1/auth", tokenUrl);
+  }
+  bool hasLogged(std::string_view label) const { return log.count(label) > 0; }
+  void store(QLatin1String key, const QVariant &value) { defaults.setObject(value, key); }
+
+  int argc = 1;
+  char name[5] = "test";
+  char *argv[2] = {name, nullptr};
+  QCoreApplication application{argc, argv};
+  tests::TemporaryFolder folder;
+  UserDefaults defaults;
+  tests::CapturedLog log;
+  HttpAnswer answer{.body = "{}"};
+  HttpServer server{[this](const HttpRequest &) { return answer; }};
+  Authenticator authenticator{deployment(server.url("/token")), defaults};
+};
+
+TEST_F(AuthenticatorTest, TheSignInAddressIsPutTogetherUnescaped) {
+  EXPECT_EQ(authenticator.loginUrl(),
+            QStringLiteral("http://127.0.0.1/auth?client_id=me & you+1&scope=https://scope/a b"
+                           "&response_type=code&redirect_uri=http://localhost/"));
+}
+
+TEST_F(AuthenticatorTest, AnIncompleteClientDescriptionLeavesGapsAndAMissingOneIsFatal) {
+  const Deployment there = deployment("unused");
+  for (const char *text : {"", "null", "[]", "{\"installed\": {\"redirect_uris\": [\"only one\"]}}"}) {
+    (void)folder.write("google_oauth2.json", text);
+    EXPECT_EQ(Authenticator(there, defaults).loginUrl(),
+              QStringLiteral("?client_id=&scope=https://scope/a b&response_type=code&redirect_uri="));
+  }
+  std::filesystem::remove(folder.path() / "google_oauth2.json");
+  EXPECT_DEATH(Authenticator(there, defaults), "client description.*google_oauth2.json");
+}
+
+TEST_F(AuthenticatorTest, ACodeIsExchangedWithTheseBytes) {
+  authenticator.requestToken(QStringLiteral("4/a+b=c d&x=\u00fc%20"));
+  ASSERT_TRUE(runUntil([&] { return defaults.boolForKey(kLoggedInKey); }));
+  const auto requests = server.requests().values();
+  ASSERT_EQ(requests.size(), 1U);
+  EXPECT_EQ(requests[0].method + ' ' + requests[0].target, "POST /token");
+  EXPECT_EQ(requests[0].headers.at("Content-Type"), "application/x-www-form-urlencoded; charset=utf-8");
+  EXPECT_EQ(requests[0].body, std::string(kClient) +
+                                  "code=4%2Fa%2Bb%3Dc%20d%26x%3D%C3%BC%2520&grant_type=authorization_code"
+                                  "&redirect_uri=http%3A%2F%2Flocalhost%2F");
+}
+
+TEST_F(AuthenticatorTest, AnyJsonAnswerToACodeSignsInAndStoresWhatItHolds) {
+  struct Case {
+    HttpAnswer answer;
+    std::optional<qint64> seconds;
+    QVariant access;
+    QVariant refresh;
+  };
+  const QVariant a = QStringLiteral("A-hush");
+  const QVariant r = QStringLiteral("R-hush");
+  const Case cases[] = {
+      {{.body = R"({"access_token": "A-hush", "expires_in": 3600, "refresh_token": "R-hush"})"}, 3600, a, r},
+      {{.body = R"({"access_token": "A-hush"})"}, {}, a, {}},
+      {{.body = R"({"access_token": 7, "expires_in": "3600", "refresh_token": null})"}, {}, {}, {}},
+      {{.body = R"({"expires_in": -5})"}, -5, {}, {}},
+      {{.status = 400, .body = R"({"error": "invalid_grant"})"}, {}, {}, {}},
+      {{.body = "null"}, {}, {}, {}},
+  };
+  for (const Case &c : cases) {
+    for (const auto key : {kLoggedInKey, kAuthTokenKey, kRefreshTokenKey, kExpiresInKey}) store(key, {});
+    answer = c.answer;
+    bool storedFirst = false;
+    const auto watch = defaults.addObserver(
+        kLoggedInKey, UserDefaults::Notify::newOnly,
+        [&](const QVariant &) { storedFirst = defaults.objectForKey(kAuthTokenKey) == c.access; });
+    const auto before = QDateTime::currentDateTimeUtc();
+    authenticator.requestToken(QStringLiteral("code"));
+    ASSERT_TRUE(runUntil([&] { return defaults.boolForKey(kLoggedInKey); })) << c.answer.body;
+    EXPECT_TRUE(storedFirst) << "whoever hears of the sign-in finds the token";
+    EXPECT_EQ(defaults.objectForKey(kAuthTokenKey), c.access) << c.answer.body;
+    EXPECT_EQ(defaults.objectForKey(kRefreshTokenKey), c.refresh) << c.answer.body;
+    const QDateTime expiry = defaults.dateForKey(kExpiresInKey);
+    ASSERT_EQ(expiry.isValid(), c.seconds.has_value()) << c.answer.body;
+    if (c.seconds) {
+      EXPECT_GE(expiry, before.addSecs(*c.seconds));
+      EXPECT_LE(expiry, QDateTime::currentDateTimeUtc().addSecs(*c.seconds));
+    }
+  }
+  EXPECT_TRUE(hasLogged("Token store: expires_in is held, access_token is not held, refresh_token is held"));
+  for (const auto &line : log.lines()) EXPECT_THAT(line, testing::Not(HasSubstr("hush")));
+}
+
+TEST_F(AuthenticatorTest, AnEndlessLifeSurvivesTheSettingsFile) {
+  const auto file = QString::fromStdString((folder.path() / "defaults.json").string());
+  answer.body = R"({"expires_in": 9223372036854775807})";
+  {
+    UserDefaults stored(file);
+    Authenticator other(deployment(server.url("/token")), stored);
+    other.requestToken(QStringLiteral("code"));
+    ASSERT_TRUE(runUntil([&] { return stored.boolForKey(kLoggedInKey); }));
+  }
+  EXPECT_GT(UserDefaults(file).dateForKey(kExpiresInKey), QDateTime::currentDateTimeUtc());
+}
+
+TEST_F(AuthenticatorTest, AFailedExchangeLeavesTheStoreAlone) {
+  answer.body = "hush";
+  authenticator.requestToken(QStringLiteral("code-hush"));
+  ASSERT_TRUE(runUntil([&] { return hasLogged("Token request error: the answer is no JSON"); }));
+  EXPECT_FALSE(defaults.objectForKey(kLoggedInKey).isValid());
+  for (const auto &line : log.lines()) EXPECT_THAT(line, testing::Not(HasSubstr("hush")));
+}
+
+TEST_F(AuthenticatorTest, AskedOfTheSignInItRefreshesWhenTheTimeIsOverOrUnknown) {
+  struct Case {
+    QVariant loggedIn;
+    QVariant expiry;
+    bool signedIn;
+    bool asks;
+  };
+  const auto now = QDateTime::currentDateTimeUtc();
+  const Case cases[] = {
+      {{}, now.addSecs(60), false, false},
+      {false, now.addSecs(60), false, false},
+      {true, now.addSecs(60), true, false},
+      {true, now.addSecs(-1), true, true},
+      {true, {}, true, true},
+      {true, QStringLiteral("2999-01-01"), true, true},
+      {QStringLiteral("true"), {}, false, false},
+  };
+  for (const Case &c : cases) {
+    store(kLoggedInKey, c.loggedIn);
+    store(kExpiresInKey, c.expiry);
+    const auto before = server.requests().values().size();
+    std::optional<bool> signedIn;
+    authenticator.checkLoginStatus([&](bool value) { signedIn = value; });
+    EXPECT_EQ(signedIn.has_value(), !c.asks) << "what needs no request is answered at once";
+    ASSERT_TRUE(runUntil([&] { return signedIn.has_value(); }));
+    EXPECT_EQ(*signedIn, c.signedIn);
+    EXPECT_EQ(server.requests().values().size() - before, c.asks ? 1U : 0U);
+  }
+  EXPECT_EQ(log.count("Exp Date : "), std::ssize(cases));
+  EXPECT_EQ(log.count("Curr Date : 2"), std::ssize(cases));
+}
+
+TEST_F(AuthenticatorTest, ARefreshIsAcknowledgedAndStoresNothing) {
+  answer.body = R"({"access_token": "new", "expires_in": 3600})";
+  store(kAuthTokenKey, QStringLiteral("old"));
+  const QDateTime expiry(QDate(2020, 1, 1), QTime(0, 0), Qt::UTC);
+  store(kExpiresInKey, expiry);
+  for (const QVariant &token : {QVariant(), QVariant(QStringLiteral("1/+ü")), QVariant(QStringLiteral(""))}) {
+    store(kRefreshTokenKey, token);
+    std::optional<bool> done;
+    authenticator.refreshToken([&](bool value) { done = value; });
+    ASSERT_TRUE(runUntil([&] { return done.has_value(); }));
+    EXPECT_TRUE(*done);
+    EXPECT_EQ(defaults.stringForKey(kAuthTokenKey), QStringLiteral("old"));
+    EXPECT_EQ(defaults.dateForKey(kExpiresInKey), expiry);
+  }
+  std::vector<std::string> bodies;
+  for (const auto &request : server.requests().values()) bodies.push_back(request.body);
+  const std::string common = std::string(kClient) + "grant_type=refresh_token&refresh_token=";
+  EXPECT_THAT(bodies, testing::ElementsAre(common + "refresh_token", common + "1%2F%2B%C3%BC", common));
+}
+
+TEST_F(AuthenticatorTest, ARefreshWithoutAnAnswerIsNoSignIn) {
+  answer.body = "no JSON";
+  std::optional<bool> done;
+  authenticator.refreshToken([&](bool value) { done = value; });
+  ASSERT_TRUE(runUntil([&] { return done.has_value(); }));
+  EXPECT_FALSE(*done);
+  EXPECT_TRUE(hasLogged("Token refresh error: "));
+}
+
+TEST_F(AuthenticatorTest, ARefreshAnsweredWithNullIsFatal) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  answer.body = "null";
+  EXPECT_DEATH(
+      {
+        authenticator.refreshToken([](bool) {});
+        (void)runUntil([] { return false; });
+      },
+      "without the time for which it holds");
+}
+
+TEST_F(AuthenticatorTest, OneThatIsDestroyedStoresAndCallsNothingAfterwards) {
+  std::promise<void> mayAnswer;
+  const std::shared_future<void> answering = mayAnswer.get_future();
+  HttpServer slow([&](const HttpRequest &) {
+    answering.wait();
+    return answer;
+  });
+  auto gone = std::make_unique<Authenticator>(deployment(slow.url("/token")), defaults);
+  gone->requestToken(QStringLiteral("code"));
+  gone->refreshToken([](bool) { ADD_FAILURE() << "after the end"; });
+  EXPECT_TRUE(runUntil([&] { return slow.requests().values().size() == 2; }));
+  gone.reset();
+  mayAnswer.set_value();
+  bool later = false;
+  authenticator.refreshToken([&](bool) { later = true; });
+  EXPECT_TRUE(runUntil([&] { return later; }));
+  EXPECT_FALSE(defaults.objectForKey(kLoggedInKey).isValid());
+}
+
+TEST_F(AuthenticatorTest, AnObserverOfTheSignInMayDestroyIt) {
+  auto owner = std::make_unique<Authenticator>(deployment(server.url("/token")), defaults);
+  const auto watch = defaults.addObserver(kLoggedInKey, UserDefaults::Notify::newOnly,
+                                          [&](const QVariant &) { owner.reset(); });
+  owner->requestToken(QStringLiteral("code"));
+  EXPECT_TRUE(runUntil([&] { return hasLogged("Token store: "); }));
+}
+
+TEST_F(AuthenticatorTest, LoggingOutKeepsTheTokensForTheApplicationToRemove) {
+  store(kAuthTokenKey, QStringLiteral("token"));
+  authenticator.logout();
+  EXPECT_EQ(defaults.objectForKey(kLoggedInKey), QVariant(false));
+  EXPECT_TRUE(defaults.objectForKey(kAuthTokenKey).isValid());
+}
+
+}  // namespace
+}  // namespace velmora

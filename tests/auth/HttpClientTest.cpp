@@ -1,0 +1,157 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+#include "auth/HttpClient.h"
+
+#include <gmock/gmock.h>
+
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <optional>
+
+#include "support/EventLoop.h"
+#include "support/HttpServer.h"
+#include "support/TemporaryFolder.h"
+
+namespace velmora {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::HasSubstr;
+using tests::HttpAnswer;
+using tests::HttpRequest;
+using tests::HttpServer;
+using tests::runUntil;
+
+constexpr auto kSecret = "hush-hush";
+
+struct HttpClientTest : testing::Test {
+  /// The text of the error, or "JSON".
+  std::string post(HttpClient &by, const std::string &url) {
+    std::optional<HttpClient::Answer> answer;
+    by.postForm(QString::fromStdString(url), {{QStringLiteral("code"), QString::fromLatin1(kSecret)}},
+                [&](const HttpClient::Answer &value) { answer = value; });
+    EXPECT_FALSE(answer) << "from the event loop only";
+    if (!runUntil([&] { return answer.has_value(); })) return "no answer";
+    const auto *error = std::get_if<HttpError>(&*answer);
+    if (!error) return "JSON";
+    EXPECT_THAT(error->text, testing::Not(HasSubstr(kSecret)));
+    return error->text;
+  }
+
+  int argc = 1;
+  char name[5] = "test";
+  char *argv[2] = {name, nullptr};
+  QCoreApplication application{argc, argv};
+  tests::TemporaryFolder folder;
+  HttpClient client{folder.path() / "roots.pem"};
+};
+
+TEST_F(HttpClientTest, TakesEveryJsonAnswerAndNoOther) {
+  HttpServer elsewhere([](const HttpRequest &) { return HttpAnswer{.body = "{}"}; });
+  const std::string large = '"' + std::string(HttpClient::kLargestAnswer - 2, 'x') + '"';
+  const std::map<std::string, HttpAnswer> answers{
+      {"/ok", {.body = "{}"}},
+      {"/null", {.body = "null"}},
+      {"/refused", {.status = 400, .body = R"({"error": "invalid_grant"})"}},
+      {"/unauthorised", {.status = 401, .body = "{}", .headers = {{"WWW-Authenticate", "Basic"}}}},
+      {"/broken", {.status = 503, .body = "{}"}},
+      {"/html", {.body = std::string("<html>") + kSecret, .type = "text/html"}},
+      {"/nothing", {.status = 204}},
+      {"/large", {.body = large}},
+      {"/larger", {.body = large + ' '}},
+      {"/larger-chunks", {.body = large + ' ', .chunked = true}},
+      {"/here", {.status = 307, .headers = {{"Location", "/ok"}}}},
+      {"/elsewhere", {.status = 307, .headers = {{"Location", elsewhere.url("/")}}}},
+      {"/file", {.status = 307, .headers = {{"Location", "file:///etc/hostname"}}}},
+      {"/circle", {.status = 307, .headers = {{"Location", "/circle"}}}},
+  };
+  HttpServer server([&](const HttpRequest &request) { return answers.at(request.target); });
+  for (const auto &[path, expected] : std::map<std::string, std::string>{
+           {"/ok", "JSON"},
+           {"/null", "JSON"},
+           {"/refused", "JSON"},
+           {"/unauthorised", "JSON"},
+           {"/broken", "JSON"},
+           {"/html", "the answer is no JSON (HTTP status 200)"},
+           {"/nothing", "the answer is no JSON (HTTP status 204)"},
+           {"/large", "JSON"},
+           {"/larger", "the answer is too large"},
+           {"/larger-chunks", "the answer is too large"},
+           {"/here", "JSON"},
+           {"/elsewhere", "edirect"},
+           {"/file", "rotocol"},
+           {"/circle", "(HTTP status 307)"},
+       }) {
+    EXPECT_THAT(post(client, server.url(path)), HasSubstr(expected)) << path;
+    EXPECT_EQ(server.requests().values().back().body, "code=hush-hush") << path;
+  }
+  EXPECT_TRUE(elsewhere.requests().values().empty());
+  for (const char *url : {"", "file:///etc/hostname", "data:application/json,{}", "http://[", "127.0.0.1"}) {
+    EXPECT_EQ(post(client, url), "the address is none of HTTP") << url;
+  }
+}
+
+TEST_F(HttpClientTest, TrustsTheRootsOfTheDeploymentForTheHostTheyName) {
+  const Certificates certificates = makeCertificates(folder.path());
+  HttpServer server([](const HttpRequest &) { return HttpAnswer{.body = "{}"}; }, &certificates);
+  EXPECT_EQ(post(client, server.url("/")), "JSON");
+  EXPECT_EQ(post(client, server.url("/", "localhost")), "JSON");
+  HttpClient stranger(folder.path() / "no-such-roots.pem");
+  EXPECT_THAT(post(stranger, server.url("/")), HasSubstr("SSL"));
+  EXPECT_THAT(post(client, server.url("/", "127.0.0.2")), testing::Not("JSON"));
+  EXPECT_EQ(server.requests().values().size(), 2U);
+}
+
+/// A server that hangs up or says nothing once it has the form.
+struct RudeServer {
+  explicit RudeServer(bool hangUp) {
+    QObject::connect(&server, &QTcpServer::newConnection, &server, [this, hangUp] {
+      QTcpSocket *socket = server.nextPendingConnection();
+      QObject::connect(socket, &QTcpSocket::readyRead, socket, [this, socket, hangUp] {
+        if (!socket->peek(4096).contains(kSecret)) return;
+        (void)socket->readAll();
+        ++forms;
+        if (hangUp) socket->abort();
+      });
+    });
+    server.listen(QHostAddress::LocalHost);
+  }
+  std::string url() const { return "http://127.0.0.1:" + std::to_string(server.serverPort()) + '/'; }
+  QTcpServer server;
+  int forms = 0;
+};
+
+TEST_F(HttpClientTest, SendsAFormOnceWhenTheConnectionBreaks) {
+  RudeServer server(true);
+  EXPECT_THAT(post(client, server.url()), testing::Not("JSON"));
+  EXPECT_EQ(server.forms, 1);
+}
+
+TEST_F(HttpClientTest, GivesUpInTime) {
+  RudeServer server(false);
+  HttpClient impatient(folder.path() / "roots.pem", 100ms);
+  EXPECT_EQ(post(impatient, server.url()), "no answer in time");
+  EXPECT_EQ(post(client, "http://127.0.0.1:1/"), "Connection refused");
+}
+
+TEST_F(HttpClientTest, DeliversNothingOnceDestroyed) {
+  RudeServer server(true);
+  auto owner = std::make_unique<HttpClient>(folder.path());
+  owner->postForm(QString::fromStdString(server.url()),
+                  {{QStringLiteral("code"), QString::fromLatin1(kSecret)}},
+                  [](const HttpClient::Answer &) { ADD_FAILURE() << "after the end"; });
+  owner->postForm(QStringLiteral("none"), {},
+                  [](const HttpClient::Answer &) { ADD_FAILURE() << "after the end"; });
+  owner.reset();
+  owner = std::make_unique<HttpClient>(folder.path());
+  bool done = false;
+  owner->postForm(QString::fromStdString(server.url()),
+                  {{QStringLiteral("code"), QString::fromLatin1(kSecret)}}, [&](const HttpClient::Answer &) {
+                    owner.reset();  // from inside its own completion
+                    done = true;
+                  });
+  EXPECT_TRUE(runUntil([&] { return done; }));
+}
+
+}  // namespace
+}  // namespace velmora

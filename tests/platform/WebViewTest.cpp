@@ -1,0 +1,187 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/web/WebView.h"
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+#include <QApplication>
+#include <QLabel>
+#include <QProcess>
+#include <QStandardPaths>
+
+#include "foundation/Deployment.h"
+#include "support/CapturedLog.h"
+#include "support/EventLoop.h"
+#include "support/TemporaryFolder.h"
+#include "support/WebPages.h"
+
+namespace velmora {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using tests::countOf;
+using tests::engineIn;
+using tests::HttpAnswer;
+using tests::HttpRequest;
+using tests::HttpServer;
+using tests::page;
+using tests::runUntil;
+
+struct WebViewTest : testing::Test, WebPolicyDelegate {
+  void decidePolicyForNavigationAction(WebView &, const QUrl &request, WebPolicyListener &listener) override {
+    asked.push_back(request.toEncoded().toStdString());
+    if (!request.path().startsWith(QLatin1String("/ignored"))) listener.use();
+  }
+  /// Shows a page and waits for its end.
+  bool shows(WebView &view, const std::string &url) {
+    std::optional<bool> finished;
+    const auto watch =
+        QObject::connect(&view, &WebView::loadFinished, &view, [&](bool ok) { finished = ok; });
+    view.load(QUrl(QString::fromStdString(url)));
+    view.show();
+    EXPECT_TRUE(runUntil([&] { return finished.has_value(); })) << url;
+    QObject::disconnect(watch);
+    return finished.value_or(false);
+  }
+  bool reached(const std::string &request) const {
+    return runUntil([&] { return countOf(server, request) > 0; });
+  }
+
+  std::vector<std::string> asked;
+  tests::TemporaryFolder folder;
+  HttpAnswer answer = page("here");
+  HttpServer server{[this](const HttpRequest &) { return answer; }};
+};
+
+TEST_F(WebViewTest, LoadsTheEngineWhenAPageIsFirstShown) {
+  const auto loaded = [] {
+    return readFile("/proc/self/maps").find("libQt6WebEngineCore") != std::string::npos;
+  };
+  WebView view;
+  view.load(QUrl(QString::fromStdString(server.url("/"))));
+  EXPECT_FALSE(loaded());
+  EXPECT_TRUE(shows(view, server.url("/")));
+  EXPECT_TRUE(loaded());
+}
+
+TEST_F(WebViewTest, SaysOnOneLineThatTheEngineIsMissing) {
+  const tests::CapturedLog log;
+  for (const std::filesystem::path &file :
+       {folder.path() / "none.so", folder.write("text.so", "no library")}) {
+    WebView view(nullptr, QString::fromStdString(file.string()));
+    int missing = 0;
+    QObject::connect(&view, &WebView::engineMissing, &view, [&] { ++missing; });
+    view.load(QUrl(QStringLiteral("http://127.0.0.1:1/")));
+    view.show();
+    EXPECT_EQ(missing, 1);
+    const auto *notice = view.findChild<QLabel *>();
+    EXPECT_TRUE(notice->isVisible());
+    EXPECT_THAT(notice->text().toStdString(), HasSubstr("not installed"));
+  }
+  EXPECT_EQ(log.count("The web engine cannot be loaded: "), 2);
+}
+
+TEST_F(WebViewTest, AsksAboutTheMainFrameOnlyAndObeys) {
+  answer = page(
+      "<iframe src=/frame></iframe><script>if (top === self) {"
+      "location.href = '/ignored'; setTimeout(() => fetch('/done'), 0); }</script>");
+  WebView view;
+  view.setPolicyDelegate(this);
+  shows(view, server.url("/start"));
+  EXPECT_TRUE(reached("GET /done"));
+  EXPECT_THAT(asked, ElementsAre(server.url("/start"), server.url("/ignored")));
+  EXPECT_EQ(countOf(server, "GET /ignored"), 0);
+}
+
+TEST_F(WebViewTest, PagesReachNoFilesAndOpenNoWindows) {
+  const auto file = folder.write("secret.html", "<title>secret</title>");
+  const std::string url = "file://" + file.string();
+  answer = page(
+      "<script>addEventListener('load', async () => {"
+      "fetch('" +
+      url +
+      "').then(() => fetch('/leak')).catch(() => {});"
+      "if (window.open('/window')) await fetch('/leak');"
+      "location.href = '" +
+      url +
+      "';"
+      "setTimeout(() => fetch('/done'), 100);"
+      "})</script>");
+  WebView view;
+  view.setPolicyDelegate(this);
+  shows(view, server.url("/start"));
+  EXPECT_TRUE(reached("GET /done"));
+  EXPECT_EQ(countOf(server, "GET /leak"), 0);
+  EXPECT_EQ(countOf(server, "GET /window"), 0);
+  EXPECT_EQ(engineIn(view)->property("title"), QStringLiteral("page"));
+  EXPECT_THAT(asked, ElementsAre(server.url("/start")));
+  EXPECT_EQ(QApplication::topLevelWidgets().count(&view), 1);
+
+  EXPECT_TRUE(shows(view, url)) << "the program itself may";
+  EXPECT_EQ(engineIn(view)->property("title"), QStringLiteral("secret"));
+}
+
+/// One run of a program, for the test below.
+TEST_F(WebViewTest, DISABLED_Visit) {
+  WebView view;
+  EXPECT_TRUE(shows(view, qEnvironmentVariable("VELMORA_TEST_URL").toStdString()));
+}
+
+TEST_F(WebViewTest, CookiesOutliveTheProgramInAPrivateFolder) {
+  answer.headers["Set-Cookie"] = "name=value; Max-Age=3600";
+  qputenv("VELMORA_TEST_URL", server.url("/visit").c_str());
+  for (int run = 0; run < 2; ++run) {
+    QProcess visit;
+    visit.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    visit.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--gtest_filter=*DISABLED_Visit"),
+                                                          QStringLiteral("--gtest_also_run_disabled_tests")});
+    ASSERT_TRUE(visit.waitForFinished(-1));
+    ASSERT_EQ(visit.exitCode(), 0) << visit.readAll().toStdString();
+  }
+  std::vector<std::string> cookies;
+  for (const auto &request : server.requests().values()) {
+    if (request.target != "/visit") continue;
+    const auto cookie = request.headers.find("Cookie");
+    cookies.push_back(cookie == request.headers.end() ? "none" : cookie->second);
+  }
+  EXPECT_THAT(cookies, ElementsAre("none", "name=value"));
+  const auto home = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
+  struct stat status {};
+  ASSERT_EQ(::stat((home.toStdString() + "/velmora/web").c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777U, 0700U);
+}
+
+TEST_F(WebViewTest, ReloadsWhatWasLetGoUnlessItIsShownAgainAtOnce) {
+  WebView view;
+  ASSERT_TRUE(shows(view, server.url("/page")));
+  view.hide();
+  view.unload();
+  view.show();
+  QCoreApplication::processEvents();
+  EXPECT_NE(engineIn(view), nullptr);
+  view.hide();
+  view.unload();
+  ASSERT_TRUE(runUntil([&] { return engineIn(view) == nullptr; }));
+  view.show();
+  EXPECT_TRUE(runUntil([&] { return countOf(server, "GET /page") == 2; }));
+}
+
+TEST_F(WebViewTest, AcceptsTheCertificatesOfTheTrustedRootsOnly) {
+  std::filesystem::create_directory(folder.path() / "other");
+  const Certificates other = makeCertificates(folder.path() / "other");
+  const Certificates own = makeCertificates(folder.path());
+  HttpServer secure([](const HttpRequest &) { return page("safe"); }, &own);
+  for (const auto &[roots, accepted] : {std::pair{std::filesystem::path(), false},
+                                        {folder.path() / "none.pem", false},
+                                        {other.roots, false},
+                                        {own.roots, true}}) {
+    WebView view;
+    view.setTrustedRoots(roots);
+    EXPECT_EQ(shows(view, secure.url("/")), accepted) << roots;
+  }
+}
+
+}  // namespace
+}  // namespace velmora

@@ -1,0 +1,36 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+//
+// The main function of tests that show web pages: no display, no sandbox for root, and a home of their own.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <QApplication>
+#include <optional>
+
+#include "support/TemporaryFolder.h"
+
+#if defined(__SANITIZE_ADDRESS__)
+// The engine deletes objects of its own as another type than it made them.
+extern "C" const char *__asan_default_options() { return "new_delete_type_mismatch=0"; }
+#endif
+
+int main(int argc, char **argv) {
+  testing::InitGoogleTest(&argc, argv);
+  // A test that starts itself anew shares its home with that.
+  std::optional<velmora::tests::TemporaryFolder> home;
+  if (qEnvironmentVariableIsEmpty("VELMORA_TEST_HOME")) {
+    home.emplace();
+    for (const char *name :
+         {"VELMORA_TEST_HOME", "HOME", "XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME"}) {
+      qputenv(name, home->path().c_str());
+    }
+  }
+  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+  // Chromium does not run as root in its sandbox.
+  if (::getuid() == 0) qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
+  qputenv("QTWEBENGINE_CHROMIUM_FLAGS", "--disable-gpu");
+  const QApplication application(argc, argv);
+  QApplication::setQuitOnLastWindowClosed(false);
+  return RUN_ALL_TESTS();
+}
