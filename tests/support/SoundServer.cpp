@@ -13,6 +13,8 @@
 #include <csignal>
 #include <cstdlib>
 #include <stdexcept>
+#include <system_error>
+#include <utility>
 
 #include "support/Waiting.h"
 
@@ -191,6 +193,11 @@ void SoundServer::plugMicrophone(const std::string &name) {
   modules.push_back(module({"module-remap-source", "master=" + bus + ".monitor", "source_name=" + name}));
   m_modules.emplace_back(name, modules);
   control({"set-default-sink", "spk"});
+}
+
+void SoundServer::plugHum(const std::string &name) {
+  plugMicrophone(name);
+  m_modules.back().second.push_back(module({"module-sine", "sink=" + name + "bus", "frequency=440"}));
 }
 
 void SoundServer::unplugMicrophone(const std::string &name) {

@@ -68,6 +68,8 @@ class SoundServer {
 
   /// A microphone that hears what is said to it.
   void plugMicrophone(const std::string &name);
+  /// A microphone that hears a tone all the time.
+  void plugHum(const std::string &name);
   void unplugMicrophone(const std::string &name);
   void setDefaultMicrophone(const std::string &name) const;
 

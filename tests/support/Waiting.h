@@ -6,12 +6,24 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <thread>
 #include <vector>
 
 namespace velmora::tests {
 
 /// How long a test waits for what must come: long enough for a loaded machine under a sanitizer.
 inline constexpr std::chrono::seconds kPatience{30};
+
+/// Waits until `condition` holds, for what tells nobody that it has changed; false when the patience runs
+/// out.
+template <typename Condition>
+[[nodiscard]] bool eventually(const Condition &condition) {
+  for (const auto end = std::chrono::steady_clock::now() + kPatience; !condition();) {
+    if (std::chrono::steady_clock::now() > end) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+  }
+  return true;
+}
 
 /// Values that arrive from other threads. Copies share them, so that a late callback may hold one of its own.
 template <typename Value>

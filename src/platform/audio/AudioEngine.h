@@ -11,7 +11,7 @@
 // and running, with one line in the log for each trouble that stops it:
 //
 //   stopped --start()--> waiting --samples come--> running
-//   running --microphone unplugged, server dead or silent for two seconds--> waiting
+//   running --microphone unplugged, server dead or silent for three seconds--> waiting
 //   waiting, running --stop()--> stopped
 #pragma once
 

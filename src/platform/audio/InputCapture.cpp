@@ -14,8 +14,8 @@ namespace {
 using namespace std::chrono_literals;
 using Clock = SoundConnection::Clock;
 
-/// Twenty times as long as a server with large blocks takes.
-constexpr auto kLongestSilence = 2s;
+/// Many times as long as a server takes whose blocks are large.
+constexpr auto kLongestSilence = 3s;
 constexpr auto kWatch = 500ms;
 constexpr auto kAgain = 1s;
 
