@@ -200,13 +200,24 @@ TEST(AudioEngine, HearsTheMicrophoneThatIsChosenElseTheDefault) {
   EXPECT_TRUE(nextIs(inbox, false)) << "the default was switched";
   engine.setInputDevice({"mic", ""});
   EXPECT_TRUE(nextIs(inbox, true)) << "chosen on the way";
-  engine.setInputDevice({"hum", ""});
   server.setDefaultMicrophone("mic");
+  EXPECT_TRUE(eventually([&] { return AudioEngine().inputDevice()->name == "mic"; }));
+  engine.setInputDevice({"hum", ""});
+  EXPECT_TRUE(nextIs(inbox, false));
+  // Another default is no reason to leave it.
+  server.setDefaultMicrophone("hum");
+  server.setDefaultMicrophone("mic");
+  server.plugMicrophone("other");
+  EXPECT_TRUE(lists({"mic", "hum", "other"}));
   EXPECT_TRUE(nextIs(inbox, false));
   server.unplugMicrophone("hum");
   EXPECT_TRUE(nextIs(inbox, true)) << "the default stands in";
   server.plugHum("hum");
   EXPECT_TRUE(nextIs(inbox, false)) << "the chosen one is back";
+  engine.setInputDevice({"mic", ""});
+  EXPECT_TRUE(nextIs(inbox, true));
+  server.setDefaultMicrophone("hum");
+  EXPECT_TRUE(nextIs(inbox, false)) << "who selects the default follows it";
   EXPECT_EQ(engine.state(), State::running);
 }
 

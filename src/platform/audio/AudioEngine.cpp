@@ -21,12 +21,6 @@ constexpr int kSampleRate = 44100;
 constexpr std::uint32_t kBufferSize = 4410;  // before a tap says otherwise
 constexpr std::size_t kMostSeconds = 5;      // that the tap may be behind
 
-const AudioDevice *find(const std::vector<AudioDevice> &devices, const std::string &name) {
-  const auto found = std::find_if(devices.begin(), devices.end(),
-                                  [&name](const AudioDevice &device) { return device.name == name; });
-  return found == devices.end() ? nullptr : &*found;
-}
-
 }  // namespace
 
 /// Brings buffers from the sound thread to the tap's and keeps those of earlier times away from it. Shared
@@ -221,16 +215,17 @@ std::optional<std::vector<AudioDevice>> AudioEngine::inputDevices() {
 std::optional<AudioDevice> AudioEngine::inputDevice() const {
   const auto inputs = m_connection->inputs();
   if (!inputs) return std::nullopt;
-  const AudioDevice *device = find(inputs->devices, m_input->device());
-  if (!device) device = find(inputs->devices, inputs->defaultName);
+  const AudioDevice *device = inputs->find(m_input->device());
+  if (!device) device = inputs->find(inputs->defaultName);
   return device ? std::optional(*device) : std::nullopt;
 }
 
 void AudioEngine::setInputDevice(const AudioDevice &device) {
   const auto inputs = m_connection->inputs();
   if (!inputs) throw AudioError("there is no sound server");
-  if (!find(inputs->devices, device.name)) throw AudioError("there is no microphone " + device.name);
-  m_input->change([&device](InputCapture::Wanted &wanted) { wanted.device = device.name; });
+  if (!inputs->has(device.name)) throw AudioError("there is no microphone " + device.name);
+  const std::string name = device.name == inputs->defaultName ? "" : device.name;
+  m_input->change([&name](InputCapture::Wanted &wanted) { wanted.device = name; });
 }
 
 void AudioEngine::installTap(std::uint32_t bufferSize, Tap tap) {

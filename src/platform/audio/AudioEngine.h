@@ -69,7 +69,8 @@ class AudioEngine {
   /// The selected one while it is there, else the user's default; absent when there is none. Waits likewise.
   [[nodiscard]] std::optional<AudioDevice> inputDevice() const;
   /// Selects, now and for the time when it comes back after it was unplugged; until then the default is
-  /// heard. Throws `AudioError` when there is no such device. Waits likewise.
+  /// heard. To select what is the default is to follow the user's default. Throws `AudioError` when there is
+  /// no such device. Waits likewise.
   void setInputDevice(const AudioDevice &device);
 
   /// `tap` is given buffers of exactly `bufferSize` frames, in order, one at a time, on the audio thread,

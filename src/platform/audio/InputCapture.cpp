@@ -55,14 +55,19 @@ void InputCapture::end() {
   m_complaint.clear();
 }
 
-/// The device to hear; absent when there is none.
-std::optional<std::string> InputCapture::target() const {
+/// What to hear; absent when there is nothing.
+std::optional<SoundStream::Source> InputCapture::target() const {
   const SoundConnection::Inputs &inputs = *m_connection.currentInputs();
+  if (inputs.has(m_wanted.device)) return SoundStream::Source{.device = m_wanted.device, .fixed = true};
   if (inputs.devices.empty()) return std::nullopt;
-  const bool chosenIsThere =
-      std::any_of(inputs.devices.begin(), inputs.devices.end(),
-                  [this](const auto &device) { return device.name == m_wanted.device; });
-  return chosenIsThere ? m_wanted.device : inputs.defaultName;
+  // The server follows the user's choice of a default, and of another microphone for this program, by itself.
+  if (inputs.serverHasDefault) return SoundStream::Source{};
+  return SoundStream::Source{.device = inputs.defaultName, .fixed = true};
+}
+
+/// Whether the server has left the stream where it belongs.
+bool InputCapture::hearsMicrophone() const {
+  return m_device.empty() || m_connection.currentInputs()->has(m_device);
 }
 
 /// Brings the stream in line with what is wanted and what there is.
@@ -71,32 +76,20 @@ void InputCapture::update() {
     close();  // why is in the log already
     return;
   }
-  const std::optional<std::string> wanted = target();
+  const auto wanted = target();
   if (!wanted) {
     close();
     complain("there is no microphone");
-    return;
+  } else if (!m_stream || m_opened != *wanted || !hearsMicrophone()) {
+    open(*wanted);
   }
-  if (m_stream) {
-    // The server may have followed the user's choice by itself, and the user may move the stream by hand:
-    // both stay. It may also have moved it to what is no microphone.
-    const auto &devices = m_connection.currentInputs()->devices;
-    const bool hearsMicrophone =
-        m_device.empty() ||
-        std::any_of(devices.begin(), devices.end(), [this](auto &device) { return device.name == m_device; });
-    if (m_device == *wanted || (m_opened == *wanted && hearsMicrophone)) {
-      m_opened = *wanted;
-      return;
-    }
-  }
-  open(*wanted);
 }
 
-void InputCapture::open(const std::string &device) {
+void InputCapture::open(const SoundStream::Source &source) {
   close();
-  m_opened = device;
+  m_opened = source;
   try {
-    m_stream = SoundStream::capture(m_connection, *this, device, m_sampleRate, m_wanted.frames);
+    m_stream = SoundStream::capture(m_connection, *this, source, m_sampleRate, m_wanted.frames);
   } catch (const AudioError &error) {
     streamFailed(error.what());
   }

@@ -50,8 +50,9 @@ class InputCapture final : public std::enable_shared_from_this<InputCapture>,
   void streamFailed(const std::string &reason) override;
 
   void update();
-  [[nodiscard]] std::optional<std::string> target() const;
-  void open(const std::string &device);
+  [[nodiscard]] std::optional<SoundStream::Source> target() const;
+  [[nodiscard]] bool hearsMicrophone() const;
+  void open(const SoundStream::Source &source);
   void close();
   void setFlowing(bool flowing);
   void complain(const std::string &reason);
@@ -64,8 +65,8 @@ class InputCapture final : public std::enable_shared_from_this<InputCapture>,
   Wanted m_wanted;
   Hearer m_hearer;
   std::unique_ptr<SoundStream> m_stream;
-  std::string m_opened;  // the device that was asked for
-  std::string m_device;  // the one that the stream is on; empty until that is known
+  SoundStream::Source m_opened;  // what was asked for
+  std::string m_device;          // the one that the stream is on; empty until that is known
   std::vector<float> m_block;
   bool m_flowing = false;
   std::string m_complaint;  // the last one; empty once samples flow

@@ -240,10 +240,9 @@ class SoundConnection::Server {
     m_querying = false;
     if (m_lost) return;
     m_found.defaultName = info ? textOf(info->default_source_name) : "";
-    const auto &devices = m_found.devices;
-    if (std::none_of(devices.begin(), devices.end(),
-                     [this](const AudioDevice &device) { return device.name == m_found.defaultName; })) {
-      m_found.defaultName = devices.empty() ? "" : devices.front().name;
+    m_found.serverHasDefault = m_found.has(m_found.defaultName);
+    if (!m_found.serverHasDefault) {
+      m_found.defaultName = m_found.devices.empty() ? "" : m_found.devices.front().name;
     }
     {
       const std::lock_guard lock(m_mutex);
@@ -294,6 +293,12 @@ class SoundConnection::Server {
 
   std::thread m_thread;
 };
+
+const AudioDevice *SoundConnection::Inputs::find(const std::string &name) const {
+  const auto found = std::find_if(devices.begin(), devices.end(),
+                                  [&name](const AudioDevice &device) { return device.name == name; });
+  return found == devices.end() ? nullptr : &*found;
+}
 
 SoundConnection::SoundConnection() : m_server(std::make_unique<Server>()) {}
 SoundConnection::~SoundConnection() = default;

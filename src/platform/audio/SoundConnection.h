@@ -37,7 +37,12 @@ class SoundConnection {
 
   struct Inputs {
     std::vector<AudioDevice> devices;
-    std::string defaultName;  ///< of the device that the user prefers; empty when there is none
+    std::string defaultName;  ///< of the device that the user prefers, else of any; empty: there is none
+    bool serverHasDefault = false;  ///< it is what the server gives to who has no wish
+
+    /// Null when there is no such device.
+    [[nodiscard]] const AudioDevice *find(const std::string &name) const;
+    [[nodiscard]] bool has(const std::string &name) const { return find(name) != nullptr; }
   };
 
   /// The connection of this process; made when nobody has it, and closed when the last one lets it go, which

@@ -84,7 +84,7 @@ SoundStream::SoundStream(std::unique_ptr<Stream> stream) : m_stream(std::move(st
 SoundStream::~SoundStream() = default;
 
 std::unique_ptr<SoundStream> SoundStream::capture(SoundConnection &connection, Owner &owner,
-                                                  const std::string &device, int sampleRate,
+                                                  const Source &source, int sampleRate,
                                                   std::uint32_t frames) {
   const pa_sample_spec spec{
       .format = PA_SAMPLE_FLOAT32NE, .rate = static_cast<std::uint32_t>(sampleRate), .channels = 1};
@@ -100,8 +100,9 @@ std::unique_ptr<SoundStream> SoundStream::capture(SoundConnection &connection, O
                              .prebuf = kLeftToTheServer,
                              .minreq = kLeftToTheServer,
                              .fragsize = frames * static_cast<std::uint32_t>(sizeof(float))};
-  if (pa_stream_connect_record(stream, device.empty() ? nullptr : device.c_str(), &sizes,
-                               PA_STREAM_ADJUST_LATENCY) < 0) {
+  const int flags = PA_STREAM_ADJUST_LATENCY | (source.fixed ? PA_STREAM_DONT_MOVE : PA_STREAM_NOFLAGS);
+  if (pa_stream_connect_record(stream, source.device.empty() ? nullptr : source.device.c_str(), &sizes,
+                               static_cast<pa_stream_flags_t>(flags)) < 0) {
     refuse(made->context);
   }
   return std::unique_ptr<SoundStream>(new SoundStream(std::move(made)));

@@ -35,11 +35,18 @@ class SoundStream {
     ~Owner() = default;
   };
 
-  /// Hears `device`, or the user's default for an empty name, as mono floats that come `frames` at a time or
-  /// less. Throws `AudioError`; what the server refuses comes as `streamFailed`.
-  static std::unique_ptr<SoundStream> capture(SoundConnection &connection, Owner &owner,
-                                              const std::string &device, int sampleRate,
-                                              std::uint32_t frames);
+  /// What to hear: a device, or the server's choice for an empty name. Only a `fixed` stream stays on it
+  /// whatever others wish, and fails when it goes.
+  struct Source {
+    std::string device;
+    bool fixed = false;
+    bool operator==(const Source &) const = default;
+  };
+
+  /// Hears mono floats that come `frames` at a time or less. Throws `AudioError`; what the server refuses
+  /// comes as `streamFailed`.
+  static std::unique_ptr<SoundStream> capture(SoundConnection &connection, Owner &owner, const Source &source,
+                                              int sampleRate, std::uint32_t frames);
   /// Plays interleaved 16-bit samples on the user's default. Throws `AudioError` likewise.
   static std::unique_ptr<SoundStream> playback(SoundConnection &connection, Owner &owner, int sampleRate,
                                                int channels);
