@@ -117,10 +117,10 @@ TEST(AudioPlayer, PlayersSoundTogetherAndStopAlone) {
     if (all.size() < kRate / 10) return 0.0;
     return tests::fitTone<std::int16_t>(std::span(all).last(kRate / 10), hertz, kRate).amplitude / 32768;
   };
-  EXPECT_TRUE(eventually(
-      [&] { return std::abs(heardNow(500) - 0.2) < 0.01 && std::abs(heardNow(3000) - 0.1) < 0.01; }));
+  // LAME makes everything a little softer.
+  EXPECT_TRUE(eventually([&] { return heardNow(500) > 0.18 && heardNow(3000) > 0.09; }));
   low.stop();
-  EXPECT_TRUE(eventually([&] { return heardNow(500) < 0.001 && std::abs(heardNow(3000) - 0.1) < 0.01; }));
+  EXPECT_TRUE(eventually([&] { return heardNow(500) < 0.001 && heardNow(3000) > 0.09; }));
   EXPECT_FALSE(low.isPlaying());
   EXPECT_TRUE(high.isPlaying());
   high.stop();
