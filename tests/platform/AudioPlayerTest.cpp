@@ -197,7 +197,7 @@ TEST(AudioPlayer, BelievesOnlyWhatIsMp3) {
     return std::string{std::istreambuf_iterator<char>(in), {}};
   };
   std::string wave =
-      "RIFF" + std::string("\x24\x80\x02\0WAVEfmt \x10\0\0\0\x01\0\x01\0\x44\xac\0\0\x88\x58\x01\0", 32) +
+      "RIFF" + std::string("\x24\x80\x02\0WAVEfmt \x10\0\0\0\x01\0\x01\0\x44\xac\0\0\x88\x58\x01\0", 28) +
       std::string("\x02\0\x10\0data\0\x80\x02\0", 12);
   for (const std::int16_t sample : tone(1, 700)) wave.append(reinterpret_cast<const char *>(&sample), 2);
   const std::string tag = std::string("ID3\x03\0\0\0\0\x10\0", 10) + std::string(2048, '\0');
