@@ -32,10 +32,11 @@ using tests::TemporaryFolder;
 constexpr int kRate = 44100;
 
 std::vector<std::int16_t> tone(double seconds, double hertz, double amplitude = 0.4, int rate = kRate) {
-  std::vector<std::int16_t> samples;
-  for (int i = 0; i < static_cast<int>(seconds * rate); ++i)
-    samples.push_back(static_cast<std::int16_t>(
-        std::lrint(32767 * amplitude * std::sin(2 * std::numbers::pi * hertz * i / rate))));
+  std::vector<std::int16_t> samples(static_cast<std::size_t>(seconds * rate));
+  for (std::size_t i = 0; i < samples.size(); ++i) {
+    const double angle = 2 * std::numbers::pi * hertz * static_cast<double>(i) / rate;
+    samples[i] = static_cast<std::int16_t>(std::lrint(32767 * amplitude * std::sin(angle)));
+  }
   return samples;
 }
 

@@ -18,8 +18,6 @@
 
 #include "support/Waiting.h"
 
-extern char **environ;
-
 namespace velmora::tests {
 namespace {
 
@@ -30,6 +28,7 @@ pid_t spawn(std::vector<std::string> arguments, const std::vector<std::string> &
   for (char **entry = environ; *entry; ++entry) all.emplace_back(*entry);
   const auto pointers = [](std::vector<std::string> &texts) {
     std::vector<char *> list;
+    list.reserve(texts.size() + 1);
     for (std::string &text : texts) list.push_back(text.data());
     list.push_back(nullptr);
     return list;
