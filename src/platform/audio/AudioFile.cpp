@@ -4,16 +4,17 @@
 
 #include <fcntl.h>
 #include <sndfile.h>
-#include <soxr.h>
 #include <sys/stat.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "foundation/Descriptor.h"
+#include "platform/audio/Resampler.h"
 
 namespace velmora {
 namespace {
@@ -22,10 +23,6 @@ constexpr std::size_t kBlock = 4096;  // frames read at a time
 // Beyond it a header is damaged rather than unusual.
 constexpr int kLowestRate = 1000;
 constexpr int kHighestRate = 1'000'000;
-
-/// 24 dB over full scale saturates whatever happens to it; the limit keeps an infinity of a floating-point
-/// file from becoming a NaN in the filter, which would silence all that follows.
-constexpr float kLoudest = 16.0F;
 
 [[noreturn]] void refuse(const std::string &path, const std::string &why) {
   throw AudioError(path + ": " + why);
@@ -50,8 +47,6 @@ std::string withoutFullStop(std::string text) {
   while (!text.empty() && (text.back() == '.' || text.back() == ' ')) text.pop_back();
   return text;
 }
-
-float usable(float sample) { return std::isnan(sample) ? 0.0F : std::clamp(sample, -kLoudest, kLoudest); }
 
 std::int16_t toSample(float value) {
   return static_cast<std::int16_t>(std::lrint(std::clamp(value * 32768.0F, -32768.0F, 32767.0F)));
@@ -90,12 +85,11 @@ class AudioFile::Reader {
   }
 
   void makeResampler() {
-    const soxr_io_spec_t io = soxr_io_spec(SOXR_FLOAT32_I, SOXR_FLOAT32_I);
-    const soxr_quality_spec_t quality = soxr_quality_spec(SOXR_HQ, 0);
-    soxr_error_t error = nullptr;
-    m_resampler.reset(soxr_create(m_info.samplerate, sampleRate, 1, &error, &io, &quality, nullptr));
-    if (error) refuse(m_path, std::string("its sample rate cannot be converted: ") + error);
-    m_resampled.resize(kBlock);
+    try {
+      m_resampler.emplace(m_info.samplerate, sampleRate, SampleType::int16, Resampler::Blocks::large);
+    } catch (const AudioError &error) {
+      refuse(m_path, error.what());
+    }
   }
 
   /// Reads one block and appends what it gives to `m_ready`.
@@ -112,7 +106,9 @@ class AudioFile::Reader {
     if (m_resampler) {
       resample(frames);
     } else {
-      append(m_mono.data(), frames);
+      std::transform(m_mono.begin(), m_mono.begin() + static_cast<std::ptrdiff_t>(frames),
+                     std::back_inserter(m_ready), toSample);
+      m_produced += frames;
     }
     // A header can claim less than the file holds.
     if (m_produced > longestSeconds * sampleRate + 1) refuseLength();
@@ -122,41 +118,33 @@ class AudioFile::Reader {
     const auto channels = static_cast<std::size_t>(m_info.channels);
     for (std::size_t i = 0; i < frames; ++i) {
       float sum = 0;
-      for (std::size_t c = 0; c < channels; ++c) sum += usable(m_interleaved[i * channels + c]);
+      for (std::size_t c = 0; c < channels; ++c) sum += usableSample(m_interleaved[i * channels + c]);
       m_mono[i] = sum / static_cast<float>(channels);
     }
   }
 
   void resample(std::size_t frames) {
-    std::size_t taken = 0;
-    for (;;) {
-      const bool flush = taken == frames;
-      if (flush && !m_ended) return;
-      std::size_t used = 0;
-      std::size_t made = 0;
-      const soxr_error_t error =
-          soxr_process(m_resampler.get(), flush ? nullptr : m_mono.data() + taken, flush ? 0 : frames - taken,
-                       &used, m_resampled.data(), m_resampled.size(), &made);
-      if (error) refuse(m_path, std::string("its sample rate cannot be converted: ") + error);
-      taken += used;
-      append(m_resampled.data(), made);
-      if (flush && made == 0) return;
-    }
+    const std::span out = std::as_writable_bytes(std::span(m_resampled));
+    std::span<const float> rest = std::span(m_mono).first(frames);
+    while (!rest.empty()) append(m_resampler->process(rest, out));
+    if (!m_ended) return;
+    while (const std::size_t made = m_resampler->flush(out)) append(made);
   }
 
-  void append(const float *samples, std::size_t count) {
-    std::transform(samples, samples + count, std::back_inserter(m_ready), toSample);
-    m_produced += count;
+  void append(std::size_t resampled) {
+    m_ready.insert(m_ready.end(), m_resampled.begin(),
+                   m_resampled.begin() + static_cast<std::ptrdiff_t>(resampled));
+    m_produced += resampled;
   }
 
   std::string m_path;
   Descriptor m_descriptor;
   SF_INFO m_info{};
   std::unique_ptr<SNDFILE, decltype([](SNDFILE *file) { sf_close(file); })> m_file;
-  std::unique_ptr<soxr, decltype([](soxr_t resampler) { soxr_delete(resampler); })> m_resampler;
+  std::optional<Resampler> m_resampler;
   std::vector<float> m_interleaved;
   std::vector<float> m_mono;
-  std::vector<float> m_resampled;
+  std::vector<std::int16_t> m_resampled = std::vector<std::int16_t>(kBlock);  // as it comes out
   std::vector<std::int16_t> m_ready;
   std::size_t m_taken = 0;     // of m_ready
   std::size_t m_produced = 0;  // in all
