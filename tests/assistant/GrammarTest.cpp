@@ -13,7 +13,8 @@ using ::testing::ElementsAreArray;
 
 const std::vector<Rule> kRules{{"digit", "one | two | three", true},
                                {"pair", "<digit> <digit>", true},
-                               {"city", "york | new york", true}};
+                               {"city", "york | new york", true},
+                               {"endless", "a [<endless>]"}};
 
 TEST(Grammar, TakesSentencesApart) {
   const struct {
@@ -67,7 +68,7 @@ TEST(Grammar, WhatFitsSeveralIntentsBelongsToTheFirst) {
 
 TEST(Grammar, RefusesPhrasesThatAreNone) {
   for (const char *phrase :
-       {"", "a |", "(a", "[a", "a)", "<digit", "<nothing>", "A", "a 1", "*", "()", "[]"}) {
+       {"", "a |", "(a", "[a", "a)", "<digit", "<nothing>", "<endless>", "A", "a 1", "*", "()", "[]"}) {
     Grammar grammar(kRules);
     EXPECT_THROW(grammar.add(phrase), std::invalid_argument) << phrase;
   }

@@ -52,7 +52,7 @@ struct Grammar::Thread {
 
 Grammar::Grammar(std::span<const Rule> rules, std::string_view opening, std::string_view closing)
     : m_leaving(2) {
-  for (const Rule &rule : rules) m_rules.push_back({rule, Phrase::parse(rule.phrase)});
+  for (const Rule &rule : rules) m_rules.push_back({rule, Phrase::parse(rule.phrase), false});
   if (!opening.empty()) {
     m_intentStart = newState();
     build(Phrase{.kind = Phrase::Kind::optional, .children = {Phrase::parse(opening)}}, kStart, m_intentStart,
@@ -130,12 +130,21 @@ void Grammar::buildRule(const std::string &name, int from, int to, double probab
   const auto found = std::find_if(m_rules.begin(), m_rules.end(),
                                   [&](const Named &named) { return named.rule.name == name; });
   if (found == m_rules.end()) throw std::invalid_argument("there is no rule <" + name + '>');
-  if (!found->rule.isSlot) return build(found->phrase, from, to, probability);
-  const int rule = static_cast<int>(found - m_rules.begin());
+  if (std::exchange(found->isBeingBuilt, true))
+    throw std::invalid_argument("the rule <" + name + "> is a part of itself");
+  if (found->rule.isSlot) {
+    buildSlot(static_cast<int>(found - m_rules.begin()), from, to, probability);
+  } else {
+    build(found->phrase, from, to, probability);
+  }
+  found->isBeingBuilt = false;
+}
+
+void Grammar::buildSlot(int rule, int from, int to, double probability) {
   const int begin = newState();
   const int end = newState();
   connect({.from = from, .to = begin, .probability = probability, .opens = rule});
-  build(found->phrase, begin, end, 1.0);
+  build(m_rules[static_cast<std::size_t>(rule)].phrase, begin, end, 1.0);
   connect({.from = end, .to = to, .closes = rule});
 }
 

@@ -62,11 +62,12 @@ class Grammar {
   static constexpr int kEnd = 1;
 
   /// A sentence may begin with `opening` and end with `closing`, which are phrases or empty. Throws
-  /// `std::invalid_argument` as `Phrase::parse` does; rules may use those before them only.
+  /// `std::invalid_argument` as `Phrase::parse` does.
   explicit Grammar(std::span<const Rule> rules, std::string_view opening = {}, std::string_view closing = {});
 
   /// Adds the sentences of `phrase` and returns the number of their intent, counted from 0. What fits several
-  /// intents belongs to the first. Throws `std::invalid_argument`.
+  /// intents belongs to the first. Throws `std::invalid_argument` too for
+  /// a rule that is missing or a part of itself.
   int add(std::string_view phrase);
 
   /// Takes a sentence of lower-case words with single blanks apart; nothing when it is not one of the
@@ -81,6 +82,7 @@ class Grammar {
   struct Named {
     Rule rule;
     Phrase phrase;
+    bool isBeingBuilt = false;
   };
   struct Thread;
 
@@ -88,6 +90,7 @@ class Grammar {
   int wordIndex(const std::string &word);
   void connect(Arc arc);
   void build(const Phrase &phrase, int from, int to, double probability);
+  void buildSlot(int rule, int from, int to, double probability);
   void buildRule(const std::string &name, int from, int to, double probability);
   void follow(std::vector<Thread> &threads, std::vector<bool> &reached, Thread thread, std::size_t at) const;
 

@@ -174,11 +174,9 @@ std::vector<Rule> vocabulary() {
       {"below_hundred", "<digit> | <teen> | <tens> [<digit>]"},
       {"below_thousand", "<below_hundred> | (a | <digit>) hundred [[and] <below_hundred>]"},
       {"any_number",
-       "zero | <below_thousand> [thousand [[and] <below_thousand>]] | a thousand [[and] <below_thousand>] | "
+       "zero | <below_thousand> [thousand [[and] <below_thousand>]] | a thousand [[and] <below_hundred>] | "
        "(a | one) million"},
       {"fraction", "point (zero | <digit>)+"},
-      {"number", "<any_number>", true},
-      {"small_number", "<below_hundred>", true},
       {"decimal", "[minus] <any_number> [<fraction>]", true},
       {"quantity",
        "[minus] <below_thousand> [thousand] [<fraction>] | a | an | half (a | an) | <digit> and a half | "

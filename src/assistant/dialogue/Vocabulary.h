@@ -16,8 +16,8 @@
 namespace velmora {
 
 /// The rules that every grammar has.
-///   <number>   slot, 0 to a million            <small_number>  slot, 1 to 99
-///   <decimal>  slot, a number with a fraction   <word>          slot, a word that can be spelled
+///   <decimal>  slot, 0 to a million, with a sign and a fraction   <quantity>  slot, the same for a measure
+///   <word>     slot, a word that can be spelled
 ///   <day>      slot, a date, a weekday, a holiday, "tomorrow"…
 ///   <clock>    slot, a time of the day
 ///   <ask>      "tell me", "do you know"…       <what_is>       "what is", "what's"

@@ -26,14 +26,15 @@ constexpr auto kCommands = "commands";
 constexpr auto kPhones = "phones";
 
 /// What fits the grammar scores nearly as well, a frame of 10 ms, as the best string of bare phones does;
-/// what is forced into it loses more. Measured with eleven synthetic voices (bench/understanding): here nine in
-/// ten sentences of the grammar are kept and well over nine in ten others are refused, clean and at 20 dB
+/// what is forced into it loses more. Measured with eleven synthetic voices (bench/understanding): here nine
+/// in ten sentences of the grammar are kept and well over nine in ten others are refused, clean and at 20 dB
 /// alike. Three higher, and artificial voices are refused too often; three lower, and twice as many others
 /// pass.
 constexpr double kLeastConfidence = -15.0;
 
 /// A sentence of the grammar that was said to its end scores at most this much worse, a frame, than what was
-/// said of it would score as a fragment; words that break off, and others than the grammar's, score much worse.
+/// said of it would score as a fragment; words that break off, and others than the grammar's, score much
+/// worse.
 constexpr double kMostIncomplete = 0.7;
 
 /// The acoustic model has never heard digital silence: a recording whose pauses hold nothing at all is
@@ -137,7 +138,8 @@ struct Recogniser::Decoder {
         ps_process_raw(decoder, samples.data(), samples.size(), FALSE, TRUE) < 0) {
       throw std::runtime_error("Speech recognition failed");
     }
-    // Before its end, an utterance may stop anywhere in the grammar, and after it at the end of a sentence only.
+    // Before its end, an utterance may stop anywhere in the grammar, and after it at the end of a sentence
+    // only.
     int32 anywhere = 0;
     (void)ps_get_hyp(decoder, &anywhere);
     if (ps_end_utt(decoder) < 0) throw std::runtime_error("Speech recognition failed");

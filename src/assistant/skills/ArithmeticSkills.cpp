@@ -11,8 +11,8 @@ namespace {
 
 constexpr double kLargest = 1e15;  // beyond that a double no longer tells neighbours apart
 
-double numberAt(const Request &request, std::size_t index) {
-  return decimalFromWords(request.slot("decimal", index)).value_or(0);
+double numberAt(const Request &request, std::size_t index, const char *rule = "decimal") {
+  return decimalFromWords(request.slot(rule, index)).value_or(0);
 }
 
 /// "left = result", or how it nearly is.
@@ -67,20 +67,20 @@ Answer calculate(const Request &request) {
 }
 
 Answer percentage(const Request &request) {
-  const double percent = numberAt(request, 0);
-  const double whole = numberAt(request, 1);
+  const double percent = numberAt(request, 0, "percentage");
+  const double whole = numberAt(request, 0);
   return equation(numberText(percent, 6) + "% of " + numberText(whole, 6), percent * whole / 100);
 }
 
 Answer power(const Request &request) {
-  const double base = numberAt(request, 0);
+  const double base = numberAt(request, 0, "base");
   const std::string exponent = request.slot("exponent");
-  const double value = exponent == "squared" ? 2 : exponent == "cubed" ? 3 : numberAt(request, 1);
+  const double value = exponent == "squared" ? 2 : exponent == "cubed" ? 3 : numberAt(request, 1, "base");
   return equation(numberText(base, 6) + '^' + numberText(value, 6), std::pow(base, value));
 }
 
 Answer root(const Request &request) {
-  const double number = numberAt(request, 0);
+  const double number = numberAt(request, 0, "base");
   if (number < 0) return {"A negative number has no real square root."};
   return equation("The square root of " + numberText(number, 6), std::sqrt(number));
 }
@@ -92,7 +92,7 @@ Answer part(const Request &request) {
   const std::string said = request.slot("share");
   std::string shown = said;
   shown[0] = static_cast<char>(shown[0] - 'a' + 'A');
-  const double number = numberAt(request, 0);
+  const double number = numberAt(request, 0, "base");
   return equation(shown + ' ' + numberText(number, 6), number * shares.at(said));
 }
 
@@ -100,7 +100,10 @@ Answer part(const Request &request) {
 
 SkillTable arithmeticSkills() {
   return {
-      .rules = {{"operator", "plus | minus | times | multiplied by | divided by | over", true},
+      // The longer a number may be, the more the recogniser has to try.
+      .rules = {{"percentage", "<below_hundred> [<fraction>] | (a | one) hundred", true},
+                {"base", "[minus] (zero | <below_thousand>) [<fraction>] | a thousand", true},
+                {"operator", "plus | minus | times | multiplied by | divided by | over", true},
                 {"exponent", "squared | cubed", true},
                 {"share", "half of | half | a third of | a quarter of | double | twice", true}},
       .skills =
@@ -111,18 +114,15 @@ SkillTable arithmeticSkills() {
                {"what is seven plus five", "what is twelve times eleven minus two",
                 "how much is nine hundred divided by four"}},
               {"percent",
-               "<how_much_is> <decimal> percent of <decimal>",
+               "<how_much_is> <percentage> percent of <decimal>",
                percentage,
                {"what is fifteen percent of two hundred"}},
               {"power",
-               "<how_much_is> <decimal> (<exponent> | to the power of <decimal>)",
+               "<how_much_is> <base> (<exponent> | to the power of <base>)",
                power,
                {"what is two to the power of ten", "what is nine squared"}},
-              {"root",
-               "<how_much_is> the [square] root of <decimal>",
-               root,
-               {"what is the square root of two"}},
-              {"share", "<how_much_is> <share> <decimal>", part, {"what is half of ninety"}},
+              {"root", "<how_much_is> the [square] root of <base>", root, {"what is the square root of two"}},
+              {"share", "<how_much_is> <share> <base>", part, {"what is half of ninety"}},
           },
   };
 }

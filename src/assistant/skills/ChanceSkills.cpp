@@ -34,8 +34,8 @@ Answer rollDice(const Request &request) {
 }
 
 Answer drawNumber(const Request &request) {
-  int low = numberFromWords(request.slot("number", 0)).value_or(1);
-  int high = numberFromWords(request.slot("number", 1)).value_or(100);
+  int low = numberFromWords(request.slot("limit", 0)).value_or(1);
+  int high = numberFromWords(request.slot("limit", 1)).value_or(100);
   if (low > high) std::swap(low, high);
   return {"My number is " + numberText(request.services.random(low, high)) + '.'};
 }
@@ -45,20 +45,19 @@ Answer drawNumber(const Request &request) {
 SkillTable chanceSkills() {
   return {
       .rules = {{"dice_count", "one | two | three | four | five | six | seven | eight | nine | ten", true},
-                {"sides", "<below_hundred> | (a | one) hundred", true}},
+                {"sides", "<teen> | <digit> | <tens> | (a | one) hundred", true},
+                {"limit", "zero | <below_thousand> | (a | one) (thousand | million)", true}},
       .skills =
           {
               {"coin", "(flip | toss | throw) (a | the) coin | heads or tails", flipCoin, {"flip a coin"}},
               {"dice",
-               "(roll | throw) (a | the | <dice_count>) (die | dice) | (roll | throw) (a | <dice_count>) "
-               "<sides> sided (die | dice) | "
-               "roll dice",
+               "(roll | throw) [a | the | <dice_count>] [<sides> sided] (die | dice)",
                rollDice,
                {"roll two dice", "roll a twenty sided die"}},
               {"random number",
-               "(give me | tell me | pick | choose | say | draw) a [random] number [(between | from) "
-               "<number> (and | to) <number>] | "
-               "(i need | i want) a random number [(between | from) <number> (and | to) <number>]",
+               "((give me | tell me | pick | choose | say | draw | i need | i want) a [random] number | "
+               "random number) "
+               "[(between | from) <limit> (and | to) <limit>]",
                drawNumber,
                {"pick a number between one and ten", "give me a random number"}},
           },

@@ -124,9 +124,8 @@ SkillTable conversionSkills() {
       .skills =
           {
               {"conversion",
-               "convert <quantity> <unit> (to | into | in) <unit> | "
-               "(<what_is> | how much is | how much are | what are) <quantity> <unit> (in | into | to) "
-               "<unit>",
+               "(convert | <what_is> | how much is | how much are | what are) <quantity> <unit> (in | into | "
+               "to) <unit>",
                convert,
                {"convert ten miles to kilometers", "what is thirty degrees celsius in fahrenheit"}},
               {"how many units",

@@ -81,17 +81,17 @@ SkillTable dateSkills() {
                tellDate,
                {"what day is it", "what's today's date"}},
               {"day of a date",
-               "(what | which) (day | date) (is | was | will be) <day> | what day of the week (is | was | "
-               "will be) <day> | "
-               "on (what | which) day (is | was | will be) <day> | (what | which) day does <day> fall on | "
-               "what (day | date) (is | was | will) it [be] <day> | "
-               "what weekday (is | was) <day> | <what_is> the date (of | on) <day>",
+               "((what | which) (day | date | day of the week) (is | was | will be | is it | was it | will "
+               "it be) | "
+               "on (what | which) day (is | was | will be | does) | what weekday (is | was) | "
+               "<what_is> the date (of | on)) <day> [fall [on]]",
                tellDay,
                {"what day is the third of may", "what date was last friday", "which day is tomorrow"}},
               {"when is", "when (is | was) <day>", tellWhen, {"when is christmas"}},
               {"days until",
-               "how (long | many days | many weeks) [is it | are there | do we have | is left | are left] "
-               "(until | till) <day> | how (far | many days) away is <day>",
+               "how (long | many days | many weeks | far) [is it | are there | do we have | is left | are "
+               "left] "
+               "(until | till | away is) <day>",
                countDays,
                {"how long until christmas", "how many days until the tenth of june"}},
               {"hours until",

@@ -127,8 +127,8 @@ SkillTable shoppingSkills() {
       .skills =
           {
               {"add to shopping list",
-               "(add | put) <items> (to | on) <list> | (i | we) need [to buy] <items> | "
-               "(i | we) (have | want) to buy <items> | remind me to buy <items>",
+               "(add | put) <items> (to | on) <list> | "
+               "((i | we) need [to buy] | (i | we) (have | want) to buy | remind me to buy) <items>",
                addItems,
                {"add milk and eggs to my shopping list", "i need to buy bread"}},
               {"read shopping list",

@@ -150,16 +150,14 @@ SkillTable timeSkills() {
                tellTime,
                {"what time is it", "tell me the time"}},
               {"time in a city",
-               "what time is it [now | right now] in <city> | <what_is> the [current | local] time [now] in "
-               "<city> | "
-               "(tell me | give me | do you know) the [current] time in <city> | "
-               "(tell me | do you know) what time it is in <city> | how late is it in <city>",
+               "(what time is it [now | right now] | <what_is> the [current | local] time [now] | "
+               "(tell me | give me | do you know) the [current] time | (tell me | do you know) what time it "
+               "is | "
+               "how late is it) in <city>",
                tellTimeInCity,
                {"what time is it in tokyo", "tell me the time in new york"}},
               {"time in a zone",
-               "what time is it [now] in <zone> [standard] time | <what_is> the [current] <zone> [standard] "
-               "time | "
-               "tell me the <zone> [standard] time",
+               "(what time is it [now] in | <what_is> the [current] | tell me the) <zone> [standard] time",
                tellTimeInZone,
                {"what is the pacific time", "what time is it in greenwich time"}},
           },

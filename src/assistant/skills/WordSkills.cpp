@@ -33,12 +33,12 @@ SkillTable wordSkills() {
       .skills =
           {
               {"spelling",
-               "spell [the word] <word> | how (do you | do i | to) spell [the word] <word> | "
-               "how is [the word] <word> spelled | what is the spelling of [the word] <word>",
+               "(spell | how (do you | do i | to) spell | how is | what is the spelling of) [the word] "
+               "<word> [spelled]",
                spell,
                {"how do you spell necessary", "spell rhythm"}},
               {"repeating",
-               "repeat after me <word>+ | say after me <word>+ | say the (word | words) <word>+",
+               "(repeat after me | say after me | say the (word | words)) <word>+",
                repeat,
                {"repeat after me hello world"}},
           },
