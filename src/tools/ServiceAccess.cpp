@@ -70,8 +70,11 @@ void ServiceAccess::useRoots(const std::filesystem::path &file) {
 
 void ServiceAccess::chooseToken(const Options &options) {
   if (!options.token && !m_assistant) {
-    const bool stored = !UserDefaults::standard().stringForKey(kTokenKey).isEmpty();
-    m_tokenSource = stored ? TokenSource::stored : TokenSource::none;
+    const std::string stored = UserDefaults::standard().stringForKey(kTokenKey).toStdString();
+    if (!fitsHeader(stored)) {
+      throw ServiceError("the stored token is damaged: sign in anew, or give a valid one with --token");
+    }
+    m_tokenSource = stored.empty() ? TokenSource::none : TokenSource::stored;
     return;
   }
   const std::string token = options.token ? *options.token : m_assistant->token();
