@@ -58,6 +58,7 @@ TEST(Report, AFailureSaysWhatHappenedAndWhatToDo) {
       {16, "", TokenSource::none, "refused the token (none is stored: sign in, or give one with --token)"},
       {14, "no route", TokenSource::none,
        "at h:1 cannot be reached: no route (check the address and the network)"},
+      {14, "Cancelling all calls", TokenSource::none, "the service at h:1 was stopped (try again)"},
       {14,
        "failed to connect to all addresses; last error: UNKNOWN: ipv4:127.0.0.1:1: Failed to connect to "
        "remote host: Connection refused",
