@@ -8,6 +8,8 @@
 #include <sys/stat.h>
 
 #include <csignal>
+#include <fstream>
+#include <sstream>
 #include <thread>
 
 #include "foundation/Deployment.h"
@@ -50,7 +52,11 @@ class LocalAssistantTest : public ::testing::Test {
   }
 
   /// The next thing that a stand-in writes to the pipe "news"; waits for it.
-  [[nodiscard]] std::string news() const { return readFile(path("news")); }
+  [[nodiscard]] std::string news() const {
+    std::ostringstream text;
+    text << std::ifstream(path("news")).rdbuf();
+    return text.str();
+  }
 
   static std::string failure(const LocalAssistant::Settings &settings) {
     try {
