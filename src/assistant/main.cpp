@@ -7,7 +7,6 @@
 #include <unistd.h>
 
 #include <QCoreApplication>
-#include <QSaveFile>
 #include <array>
 #include <csignal>
 #include <iostream>
@@ -20,6 +19,7 @@
 #include "assistant/StatusSocket.h"
 #include "assistant/dialogue/SystemServices.h"
 #include "assistant/signin/SignInProvider.h"
+#include "foundation/File.h"
 #include "foundation/Log.h"
 #include "foundation/StateFolder.h"
 #include "protocol/Certificates.h"
@@ -42,11 +42,7 @@ void writeDeployment(const std::filesystem::path &folder, int port) {
                                   {"port", port},
                                   {"scope", SignInProvider::scope()},
                                   {"loopback_prefix", "http://localhost"}};
-  QSaveFile file(QString::fromStdString((folder / "deployment.json").string()));
-  const QByteArray text = QByteArray::fromStdString(deployment.dump(2) + '\n');
-  if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size() || !file.commit()) {
-    throw std::runtime_error("cannot write the deployment: " + file.errorString().toStdString());
-  }
+  writeFile(folder / "deployment.json", deployment.dump(2) + '\n');
 }
 
 /// Ends the waiting of `poll` when the program is told to stop. Made before any thread, which inherit the

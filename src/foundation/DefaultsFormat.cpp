@@ -19,6 +19,9 @@ constexpr auto kDate = "$date";              // ISO 8601, UTC, milliseconds
 constexpr auto kData = "$data";              // base 64
 constexpr auto kDictionary = "$dictionary";  // a dictionary that would read as one of these
 
+// Far deeper than any setting; each level takes a piece of the stack when it is decoded.
+constexpr int kDeepest = 100;
+
 bool looksTagged(const QVariantMap &map) {
   return map.size() == 1 && map.firstKey().startsWith(QLatin1Char('$'));
 }
@@ -111,8 +114,13 @@ QByteArray encodeDefaults(const QVariantMap &values) {
 
 std::optional<QVariantMap> decodeDefaults(const QByteArray &text) {
   if (text.isEmpty()) return QVariantMap();
-  const Json json = Json::parse(text.begin(), text.end(), nullptr, false);
-  if (!json.is_object()) return std::nullopt;
+  bool tooDeep = false;
+  const auto keep = [&](int depth, Json::parse_event_t /*event*/, const Json & /*value*/) {
+    tooDeep = tooDeep || depth > kDeepest;
+    return !tooDeep;
+  };
+  const Json json = Json::parse(text.begin(), text.end(), keep, false);
+  if (tooDeep || !json.is_object()) return std::nullopt;
   return decodeMap(json);
 }
 

@@ -2,11 +2,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "foundation/Deployment.h"
 
-#include <QFile>
 #include <QStandardPaths>
 #include <QString>
 #include <cstdlib>
 #include <nlohmann/json.hpp>
+#include <system_error>
 
 #include "foundation/Endpoint.h"
 
@@ -36,21 +36,14 @@ std::optional<std::uint16_t> portOf(const Json &object, const std::filesystem::p
 
 }  // namespace
 
-std::string readFile(const std::filesystem::path &path) {
-  QFile file(QString::fromStdString(path.string()));
-  QByteArray contents;
-  if (file.open(QIODevice::ReadOnly)) contents = file.readAll();
-  if (file.error() != QFileDevice::NoError) {
-    throw std::runtime_error(path.string() + ": " + file.errorString().toStdString());
-  }
-  return contents.toStdString();
-}
-
 Deployment Deployment::load(const std::filesystem::path &folder) {
   const std::filesystem::path file = folder / "deployment.json";
   std::string contents;
   try {
     contents = readFile(file);
+  } catch (const std::system_error &error) {
+    const bool missing = error.code() == std::errc::no_such_file_or_directory;
+    throw DeploymentError((missing ? folder.string() + " is no deployment folder: " : "") + error.what());
   } catch (const std::runtime_error &error) {
     throw DeploymentError(error.what());
   }
@@ -62,6 +55,12 @@ Deployment Deployment::load(const std::filesystem::path &folder) {
                         .scope = text(json, "scope", file),
                         .loopbackPrefix = text(json, "loopback_prefix", file)};
   if (deployment.host.empty()) throw DeploymentError(file.string() + ": \"host\" is missing");
+  const auto endpoint = Endpoint::parse(deployment.host);
+  if (!endpoint || endpoint->port) {
+    throw DeploymentError(file.string() + ": \"host\" must be a name or an IP address without a port, not '" +
+                          deployment.host + "'");
+  }
+  deployment.host = endpoint->host;
   return deployment;
 }
 

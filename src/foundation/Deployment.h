@@ -15,6 +15,8 @@
 #include <string>
 #include <string_view>
 
+#include "foundation/File.h"
+
 namespace velmora {
 
 /// Says in one line which file of a deployment is wrong and how.
@@ -45,8 +47,5 @@ struct Deployment {
   /// "host" or "host:port", with an IPv6 literal in brackets where a port follows.
   [[nodiscard]] std::string address() const;
 };
-
-/// The whole contents of a file. Throws `std::runtime_error` with the path and the reason.
-[[nodiscard]] std::string readFile(const std::filesystem::path &path);
 
 }  // namespace velmora

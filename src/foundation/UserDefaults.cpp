@@ -9,6 +9,7 @@
 #include <QStandardPaths>
 
 #include "foundation/DefaultsFormat.h"
+#include "foundation/File.h"
 #include "foundation/Log.h"
 
 namespace velmora {
@@ -28,7 +29,10 @@ bool readDefaults(QIODevice &device, QSettings::SettingsMap &values) {
 
 bool writeDefaults(QIODevice &device, const QSettings::SettingsMap &values) {
   const QByteArray text = encodeDefaults(values);
-  return device.write(text) == text.size();
+  if (device.write(text) != text.size()) return false;
+  // Without it a full disk would show only after the old file has been replaced.
+  auto *const file = qobject_cast<QFileDevice *>(&device);
+  return !file || file->flush();
 }
 
 /// QSettings brings the lock between processes, the merge of their changes and the atomic replacement; the
@@ -76,7 +80,14 @@ UserDefaults &UserDefaults::standard() {
 UserDefaults::UserDefaults() = default;
 
 UserDefaults::UserDefaults(const QString &file) : m_file(file) {
-  if (QFile::exists(file)) makePrivate(file);
+  // A pipe would keep the program waiting, a device or a huge file would fill its memory.
+  const QFileInfo info(file);
+  if (info.exists() && (!info.isFile() || info.size() > static_cast<qint64>(kLargestFile))) {
+    log("The settings file ", file.toStdString(),
+        " is no file of settings; settings are kept for this run only");
+    return;
+  }
+  if (info.exists()) makePrivate(file);
   m_settings = openSettings(file);
   if (m_settings->status() != QSettings::NoError) {
     log("The settings file ", file.toStdString(), " cannot be read");

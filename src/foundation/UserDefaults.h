@@ -52,7 +52,9 @@ class UserDefaults {
   /// A store in memory only.
   UserDefaults();
   /// A store in `file`, which is made with mode 0600 at the first write. A file that cannot be understood is
-  /// set aside beside it under another name and logged with one line; the store then starts empty.
+  /// set aside beside it under another name and logged with one line; the store then starts empty. What is no
+  /// regular file, or larger than `kLargestFile`, is left alone with one line: the store is then in memory
+  /// only.
   explicit UserDefaults(const QString &file);
   ~UserDefaults();
   UserDefaults(const UserDefaults &) = delete;

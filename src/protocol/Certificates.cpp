@@ -8,11 +8,11 @@
 #include <openssl/rand.h>
 #include <openssl/x509v3.h>
 
-#include <QSaveFile>
-#include <QString>
 #include <memory>
 #include <stdexcept>
 #include <string>
+
+#include "foundation/File.h"
 
 namespace velmora {
 namespace {
@@ -121,15 +121,11 @@ std::string pem(X509 *certificate) {
   return pem([=](BIO *out) { return PEM_write_bio_X509(out, certificate); });
 }
 
-/// Replaces `file` in one step by one that only its owner has ever been able to read.
 void writePrivately(const std::filesystem::path &path, const std::string &contents) {
-  QSaveFile file(QString::fromStdString(path.string()));
-  // The permissions of a file that is replaced are taken over when opening: they are set before a byte is
-  // written.
-  if (!file.open(QIODevice::WriteOnly) ||
-      !file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner) ||
-      file.write(QByteArray::fromStdString(contents)) < 0 || !file.commit()) {
-    throw std::runtime_error("Cannot write " + path.string() + ": " + file.errorString().toStdString());
+  try {
+    writeFile(path, contents, 0600);
+  } catch (const std::runtime_error &error) {
+    throw std::runtime_error(std::string("Cannot write the certificates: ") + error.what());
   }
 }
 

@@ -2,12 +2,18 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/AnswerFile.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
-#include <QFile>
-#include <QSaveFile>
+#include <cerrno>
+#include <cstring>
 #include <stdexcept>
-#include <string_view>
+#include <system_error>
+
+#include "foundation/File.h"
+#include "platform/process/Descriptor.h"
+#include "tools/Interruption.h"
+#include "tools/StandardOutput.h"
 
 namespace velmora {
 namespace {
@@ -33,14 +39,15 @@ void check(const fs::path &file) {
   if (!isSpecial(file) && ::access(folder.c_str(), W_OK) != 0) fail(file, "its folder may not be written to");
 }
 
-/// A disk that fills up in the middle takes a part without an error; the next write then says why.
-bool writeWhole(QIODevice &device, std::string_view bytes) {
-  while (!bytes.empty()) {
-    const qint64 written = device.write(bytes.data(), static_cast<qint64>(bytes.size()));
-    if (written <= 0) return false;
-    bytes.remove_prefix(static_cast<std::size_t>(written));
+/// Waits for the reader of a pipe to take what it is given, but not for one to come.
+void writeToSpecial(const fs::path &file, const std::string &answer) {
+  const Descriptor device(::open(file.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
+  if (device.number() < 0) fail(file, errno == ENXIO ? "nobody reads from it" : std::strerror(errno));
+  try {
+    writeAll(device.number(), answer, Interruption::arrived);
+  } catch (const std::system_error &error) {
+    fail(file, error.code().message());
   }
-  return true;
 }
 
 }  // namespace
@@ -58,16 +65,12 @@ void checkAnswerFiles(const fs::path &file, std::size_t turns) {
 
 void saveAnswer(const fs::path &file, const std::string &answer) {
   check(file);
-  const QString name = QString::fromStdString(file.string());
-  if (isSpecial(file)) {
-    QFile device(name);
-    const auto mode = QIODevice::WriteOnly | QIODevice::ExistingOnly | QIODevice::Unbuffered;
-    if (!device.open(mode) || !writeWhole(device, answer)) fail(file, device.errorString().toStdString());
-    return;
+  if (isSpecial(file)) return writeToSpecial(file, answer);
+  try {
+    writeFile(file, answer);
+  } catch (const std::runtime_error &error) {
+    throw std::runtime_error(std::string("the answer cannot be saved: ") + error.what());
   }
-  QSaveFile save(name);
-  const bool written = save.open(QIODevice::WriteOnly) && writeWhole(save, answer) && save.commit();
-  if (!written) fail(file, save.errorString().toStdString());
 }
 
 }  // namespace velmora

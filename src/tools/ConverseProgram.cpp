@@ -45,7 +45,6 @@ void run(const std::vector<std::string> &arguments) {
 }  // namespace
 
 int runConverse(const std::vector<std::string> &arguments) {
-  holdStandardStreams();
   // A reader that is gone and a file-size limit are errors of a write, not the end of the program.
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/ConverseTurn.h"
 
+#include <algorithm>
 #include <array>
 #include <sstream>
 #include <utility>
@@ -15,6 +16,11 @@ constexpr std::chrono::milliseconds kFrame{1000 * AudioSource::frameSamples / Au
 constexpr int kCancelled = 1;
 constexpr int kInvalidArgument = 3;
 constexpr int kDeadlineExceeded = 4;
+
+// How long a service that has all the audio may take to say that it ended the utterance before.
+constexpr std::chrono::milliseconds kLastWord{5000};
+// A source that brings nothing for so long has stalled; one that keeps time has a frame every 100 ms.
+constexpr std::chrono::seconds kStalled{2};
 
 std::string silence(std::chrono::milliseconds timeout) {
   std::ostringstream text;
@@ -35,6 +41,7 @@ ConverseTurn::ConverseTurn(TurnEngine &engine, TurnRecorder &recorder, const Wak
 Turn ConverseTurn::run(AudioSource &source) {
   m_recorder.begin();
   m_lastFrame.reset();
+  m_stalled.reset();
   try {
     sendAudio(source);
   } catch (const AudioError &error) {
@@ -51,8 +58,29 @@ Turn ConverseTurn::run(AudioSource &source) {
   return turn(record.answered ? Turn::Outcome::answered : Turn::Outcome::unanswered, {});
 }
 
-/// Begins the turn with the first frame at hand, so that a call is never opened for audio that is not there.
 void ConverseTurn::sendAudio(AudioSource &source) {
+  try {
+    sendFrames(source);
+  } catch (const AudioTooLong &) {
+    // The utterance may have ended long before: audio can be sent faster than the service says so.
+    if (!endedByService()) throw;
+    endAudio();
+  }
+}
+
+void ConverseTurn::endAudio() {
+  if (!m_recorder.hasEnded() && !m_interrupted()) m_engine.endAudio();
+}
+
+/// Gives the service a moment to end the utterance, or the call, by itself.
+bool ConverseTurn::endedByService() const {
+  const auto deadline = Clock::now() + std::min(m_settings.timeout, kLastWord);
+  while (!stopped() && Clock::now() < deadline) m_wake.waitUntil(deadline);
+  return stopped();
+}
+
+/// Begins the turn with the first frame at hand, so that a call is never opened for audio that is not there.
+void ConverseTurn::sendFrames(AudioSource &source) {
   std::array<std::int16_t, AudioSource::frameSamples> frame{};
   AudioRead read = readFrame(source, frame);
   if (read.samples == 0 && read.ended) throw AudioError("the audio holds no samples");
@@ -69,14 +97,20 @@ void ConverseTurn::sendAudio(AudioSource &source) {
     if (read.ended) break;
     read = readFrame(source, frame);
   }
-  if (!m_recorder.hasEnded() && !m_interrupted()) m_engine.endAudio();
+  endAudio();
 }
 
 /// Without samples only at the end of the audio and when the turn is to be stopped.
-AudioRead ConverseTurn::readFrame(AudioSource &source, std::span<std::int16_t> frame) const {
+AudioRead ConverseTurn::readFrame(AudioSource &source, std::span<std::int16_t> frame) {
+  const auto begun = Clock::now();
   for (;;) {
     const AudioRead read = source.read(frame);
-    if (read.samples > 0 || read.ended || stopped()) return read;
+    if (read.samples > 0 || read.ended) return read;
+    if (stopped()) {
+      const auto waited = std::chrono::floor<std::chrono::seconds>(Clock::now() - begun);
+      if (m_recorder.hasEnded() && waited >= kStalled) m_stalled = waited;
+      return read;
+    }
     // The read was broken off for something that does not concern it.
     m_wake.waitUntil(Clock::now());
   }
@@ -93,6 +127,7 @@ Turn ConverseTurn::turn(Turn::Outcome outcome, const std::string &why) const {
             .answer = record.answer,
             .audio = record.audio,
             .followOn = record.followOn,
+            .stalled = m_stalled,
             .statusMessage = why};
   switch (outcome) {
     case Turn::Outcome::timedOut: turn.status = kDeadlineExceeded; break;

@@ -39,6 +39,8 @@ struct Turn {
   std::string answer{};
   std::string audio{};  ///< the spoken answer, MP3
   bool followOn = false;
+  /// How long no audio had come from the source when the service ended the call while waiting for more.
+  std::optional<std::chrono::seconds> stalled{};
   /// The call's gRPC status. Where there was none: 4 timed out, 1 interrupted, 3 no audio.
   int status = 0;
   std::optional<std::string> statusMessage{};
@@ -69,7 +71,10 @@ class ConverseTurn {
   using Clock = TurnRecorder::Clock;
 
   void sendAudio(AudioSource &source);
-  AudioRead readFrame(AudioSource &source, std::span<std::int16_t> frame) const;
+  void sendFrames(AudioSource &source);
+  void endAudio();
+  AudioRead readFrame(AudioSource &source, std::span<std::int16_t> frame);
+  [[nodiscard]] bool endedByService() const;
   void waitForFrame(Clock::time_point due) const;
   [[nodiscard]] bool stopped() const { return m_interrupted() || m_recorder.wantsNoMoreAudio(); }
   [[nodiscard]] Turn turn(Turn::Outcome outcome, const std::string &why) const;
@@ -80,6 +85,7 @@ class ConverseTurn {
   std::function<bool()> m_interrupted;
   Settings m_settings;
   std::optional<Clock::time_point> m_lastFrame;
+  std::optional<std::chrono::seconds> m_stalled;
 };
 
 }  // namespace velmora

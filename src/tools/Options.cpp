@@ -49,13 +49,23 @@ constexpr std::array kOptions{option{"deployment", required_argument, nullptr, k
                               option{"version", no_argument, nullptr, kVersion},
                               option{nullptr, 0, nullptr, 0}};
 
-constexpr double kLongestTimeout = 24 * 60 * 60;  // seconds
+constexpr int kLongestTimeout = 24 * 60 * 60;  // seconds
 
 std::string nameOf(int value) {
   const auto *found = std::find_if(kOptions.begin(), kOptions.end() - 1,
                                    [&](const option &candidate) { return candidate.val == value; });
   return found == kOptions.end() - 1 ? std::string{'-', static_cast<char>(value)}
                                      : "--" + std::string(found->name);
+}
+
+/// " --json --…": those that an abbreviation may stand for.
+std::string optionsThatBegin(std::string_view abbreviation) {
+  std::string names;
+  for (const option &candidate : kOptions) {
+    const std::string name = candidate.name ? "--" + std::string(candidate.name) : "";
+    if (abbreviation.size() > 2 && name.starts_with(abbreviation)) names += " " + name;
+  }
+  return names;
 }
 
 template <typename Number>
@@ -78,7 +88,8 @@ std::int32_t volumeOf(const std::string &text) {
 std::chrono::milliseconds timeoutOf(const std::string &text) {
   const auto seconds = numberIn<double>(text);
   if (!seconds || !(*seconds > 0) || *seconds > kLongestTimeout) {
-    throw UsageError("--timeout takes a number of seconds above 0, not '" + text + "'");
+    throw UsageError("--timeout takes a number of seconds above 0 and up to " +
+                     std::to_string(kLongestTimeout) + ", not '" + text + "'");
   }
   return std::chrono::ceil<std::chrono::milliseconds>(std::chrono::duration<double>(*seconds));
 }
@@ -88,10 +99,8 @@ Endpoint endpointOf(const std::string &text) {
   throw UsageError("--endpoint takes HOST, HOST:PORT or [IPv6]:PORT, not '" + text + "'");
 }
 
-/// A token goes into a header; what a header cannot carry would end in an error that nobody understands.
 std::string tokenOf(const std::string &text) {
-  const auto printable = [](char c) { return c > ' ' && c < '\x7f'; };
-  if (!std::all_of(text.begin(), text.end(), printable)) {
+  if (!fitsHeader(text)) {
     throw UsageError("--token takes printable ASCII characters without blanks");
   }
   return text;
@@ -153,6 +162,10 @@ void checkTogether(const Options &options) {
 
 }  // namespace
 
+bool fitsHeader(std::string_view token) {
+  return std::all_of(token.begin(), token.end(), [](char c) { return c > ' ' && c < '\x7f'; });
+}
+
 Options Options::parse(const std::vector<std::string> &arguments) {
   std::vector<std::string> texts{"velmora-converse"};
   texts.insert(texts.end(), arguments.begin(), arguments.end());
@@ -176,9 +189,11 @@ Options Options::parse(const std::vector<std::string> &arguments) {
     if (value == ':') throw UsageError(nameOf(::optopt) + " needs a value");
     if (value == '?' && ::optopt > 255) throw UsageError(nameOf(::optopt) + " takes no value");
     if (value == '?') {
-      const std::string name =
-          ::optopt != 0 ? nameOf(::optopt) : pointers[static_cast<std::size_t>(::optind) - 1];
-      throw UsageError("unknown option '" + name + "'");
+      std::string name = ::optopt != 0 ? nameOf(::optopt) : pointers[static_cast<std::size_t>(::optind) - 1];
+      name.resize(std::min(name.find('='), name.size()));  // what follows may be a token
+      const std::string meant = optionsThatBegin(name);
+      throw UsageError(meant.empty() ? "unknown option '" + name + "'"
+                                     : "option '" + name + "' may be any of" + meant);
     }
     set(options, value, ::optarg ? ::optarg : "");
   }
@@ -194,7 +209,7 @@ std::string Options::help() {
 Speaks each AUDIO file to the assistant, one turn of a conversation after the
 other, and prints what was understood and answered. AUDIO is a sound file of any
 rate and width (WAV, FLAC, ...), or - for raw samples on standard input (16 kHz,
-mono, 16 bits, little-endian).
+mono, 16 bits, little-endian); of 10 minutes at the most.
 
 The service:
   --deployment DIR        the folder that describes it
@@ -216,7 +231,7 @@ The conversation:
   --fast                  send the audio at once and not in real time
   --volume N              the volume asked for, 0 to 100 (default 100)
   --timeout S             longest wait for the service after the last audio, in
-                          seconds (default 30)
+                          seconds (default 30, at most 86400)
 
 What comes out:
   --json                  one JSON object a turn on standard output

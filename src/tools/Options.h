@@ -8,6 +8,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "foundation/Endpoint.h"
@@ -19,6 +20,9 @@ class UsageError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
+
+/// Whether a token can stand in a header. One that cannot would end in an error that nobody understands.
+[[nodiscard]] bool fitsHeader(std::string_view token);
 
 /// The command line of velmora-converse.
 struct Options {

@@ -54,15 +54,28 @@ std::string adviceOnToken(TokenSource source) {
   return {};
 }
 
-bool mentions(const std::string &text, std::string_view what) { return text.find(what) != std::string::npos; }
+/// gRPC tells why a service cannot be reached only by its text, in words of its own.
+struct Unreachable {
+  const char *sign;  // what the text contains
+  const char *reason;
+  const char *advice;
+};
+constexpr Unreachable kUnreachable[] = {
+    {"DNS resolution failed", "its name is not known", "check the address and the network"},
+    {"CERTIFICATE_VERIFY_FAILED", "its certificate is not trusted", "see --roots"},
+    {"certificate verify failed", "its certificate is not trusted", "see --roots"},
+    {"is not in peer certificate", "its certificate is for another name", "check the address, see --roots"},
+    {"Handshake read failed", "it accepts connections but says nothing", "check the address"},
+    {"andshake failed", "it does not speak TLS as expected", "check the address"},
+};
 
-/// What to look at when a service cannot be reached; the status alone tells a wrong certificate from a dead
-/// host only by its text.
-std::string adviceOnReaching(const std::string &message) {
-  if (mentions(message, "andshake") || mentions(message, "CERTIFICATE") || mentions(message, "certificate")) {
-    return "the TLS roots do not vouch for it, see --roots";
-  }
-  return "check the address and the network";
+/// The last piece of a text such as "failed to connect to all addresses; last error: UNKNOWN: ipv4:1.2.3.4:5:
+/// Failed to connect to remote host: Connection refused".
+std::string lastReason(const std::string &message) {
+  const std::size_t start = message.rfind(": ");
+  const bool nested = message.starts_with("failed to connect to all addresses") && start != std::string::npos;
+  const std::string reason = nested ? message.substr(start + 2) : message;
+  return reason.starts_with("recvmsg:") ? reason.substr(8) : reason;
 }
 
 /// "what: message (advice)", without the pieces that are empty.
@@ -70,13 +83,22 @@ std::string sentence(const std::string &what, const std::string &message, const 
   return what + (message.empty() ? "" : ": " + message) + (advice.empty() ? "" : " (" + advice + ")");
 }
 
+std::string explainUnreachable(const std::string &message, const ServiceDescription &service) {
+  const std::string who = "the service at " + service.address;
+  if (message == "Cancelling all calls") return sentence(who + " was stopped", {}, "try again");
+  if (message == "Socket closed") return sentence(who + " closed the connection", {}, "try again");
+  const std::string what = who + " cannot be reached";
+  for (const Unreachable &known : kUnreachable) {
+    if (message.find(known.sign) != std::string::npos) return sentence(what, known.reason, known.advice);
+  }
+  return sentence(what, lastReason(message), "check the address and the network");
+}
+
 std::string explainStatus(int status, const std::string &message, const ServiceDescription &service) {
   switch (status) {
     case kUnauthenticated:
       return sentence("the service refused the token", message, adviceOnToken(service.tokenSource));
-    case kUnavailable:
-      return sentence("the service at " + service.address + " cannot be reached", message,
-                      adviceOnReaching(message));
+    case kUnavailable: return explainUnreachable(message, service);
     case kPermissionDenied: return sentence("the service does not permit this", message);
     case kResourceExhausted: return sentence("the service is at its limit", message, "try again later");
     case kDeadlineExceeded: return sentence("the service took too long", message, "try again");
@@ -107,7 +129,10 @@ std::string plainText(std::string_view text) {
 }
 
 std::string textReport(const Turn &turn) {
-  return "You: " + plainText(turn.request) + "\nVelmora: " + plainText(turn.answer) + "\n";
+  const std::string request = plainText(turn.request);
+  const std::string answer = plainText(turn.answer);
+  return "You: " + (request.empty() ? "(nothing heard)" : request) +
+         "\nVelmora: " + (answer.empty() ? "(no text)" : answer) + "\n";
 }
 
 std::string jsonReport(const Turn &turn) {
@@ -129,7 +154,12 @@ std::string explain(const Turn &turn, const ServiceDescription &service) {
   const std::string message = turn.statusMessage.value_or("");
   switch (turn.outcome) {
     case Turn::Outcome::answered: return {};
-    case Turn::Outcome::refused: return plainText(explainStatus(turn.status, message, service));
+    case Turn::Outcome::refused:
+      if (turn.stalled && turn.status == kDeadlineExceeded) {
+        return "the audio has stalled: nothing came for " + std::to_string(turn.stalled->count()) +
+               " s, and the service ended the call";
+      }
+      return plainText(explainStatus(turn.status, message, service));
     case Turn::Outcome::unanswered:
       return "the service at " + service.address + " ended the call without an answer";
     case Turn::Outcome::timedOut:

@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/ServiceAccess.h"
 
-#include <QFile>
 #include <QTemporaryDir>
 
 #include "auth/TokenStore.h"
@@ -12,7 +11,7 @@ namespace {
 
 /// What the engine would end the program for, or what would fail only in the call with a text about
 /// handshakes.
-void checkRoots(const std::filesystem::path &file) {
+std::string readRoots(const std::filesystem::path &file) {
   std::string roots;
   try {
     roots = readFile(file);
@@ -22,6 +21,7 @@ void checkRoots(const std::filesystem::path &file) {
   if (roots.find("-----BEGIN CERTIFICATE-----") == std::string::npos) {
     throw ServiceError("the TLS roots hold no PEM certificate: " + file.string());
   }
+  return roots;
 }
 
 }  // namespace
@@ -33,7 +33,7 @@ ServiceAccess::ServiceAccess(const Options &options, int cancelDescriptor) {
     m_deployment.port = options.endpoint->port;
   }
   if (options.roots) useRoots(*options.roots);
-  checkRoots(m_deployment.resource("roots", "pem"));
+  (void)readRoots(m_deployment.resource("roots", "pem"));
   chooseToken(options);
 }
 
@@ -55,19 +55,26 @@ void ServiceAccess::chooseDeployment(const Options &options, int cancelDescripto
 
 /// The engine takes the roots from a deployment's folder: a private one with nothing else in it serves.
 void ServiceAccess::useRoots(const std::filesystem::path &file) {
-  checkRoots(file);
+  const std::string roots = readRoots(file);
   m_rootsFolder = std::make_unique<QTemporaryDir>();
-  const QString copy = m_rootsFolder->filePath(QStringLiteral("roots.pem"));
-  if (!m_rootsFolder->isValid() || !QFile::copy(QString::fromStdString(file.string()), copy)) {
-    throw ServiceError("the TLS roots cannot be copied to " + m_rootsFolder->path().toStdString());
+  if (!m_rootsFolder->isValid()) {
+    throw ServiceError("the TLS roots cannot be copied: " + m_rootsFolder->errorString().toStdString());
   }
   m_deployment.folder = m_rootsFolder->path().toStdString();
+  try {
+    writeFile(m_deployment.resource("roots", "pem"), roots);
+  } catch (const std::runtime_error &error) {
+    throw ServiceError(std::string("the TLS roots cannot be copied: ") + error.what());
+  }
 }
 
 void ServiceAccess::chooseToken(const Options &options) {
   if (!options.token && !m_assistant) {
-    const bool stored = !UserDefaults::standard().stringForKey(kAuthTokenKey).isEmpty();
-    m_tokenSource = stored ? TokenSource::stored : TokenSource::none;
+    const std::string stored = UserDefaults::standard().stringForKey(kAuthTokenKey).toStdString();
+    if (!fitsHeader(stored)) {
+      throw ServiceError("the stored token is damaged: sign in anew, or give a valid one with --token");
+    }
+    m_tokenSource = stored.empty() ? TokenSource::none : TokenSource::stored;
     return;
   }
   const std::string token = options.token ? *options.token : m_assistant->token();

@@ -7,9 +7,8 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <stdexcept>
-#include <string>
+#include <system_error>
 
 namespace velmora {
 
@@ -33,9 +32,10 @@ void writeAll(int descriptor, std::string_view text, const std::function<bool()>
     if (interrupted()) throw std::runtime_error("interrupted");
     if (error == EAGAIN) {
       pollfd watched{.fd = descriptor, .events = POLLOUT, .revents = 0};
-      ::poll(&watched, 1, -1);
+      // Looks again after a second: a signal may have come just before the wait.
+      ::poll(&watched, 1, 1000);
     } else if (error != EINTR) {
-      throw std::runtime_error(std::string("standard output cannot be written to: ") + std::strerror(error));
+      throw std::system_error(error, std::generic_category(), "standard output cannot be written to");
     }
   }
 }

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/TurnAudio.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <utility>
@@ -29,6 +30,8 @@ void checkAudio(const std::vector<std::string> &names) {
   for (const std::string &name : names) {
     if (name != kStandardInput) {
       const AudioFile file(name);
+    } else if ((::fcntl(STDIN_FILENO, F_GETFL) & O_ACCMODE) == O_WRONLY) {
+      throw AudioError("standard input is closed");
     } else if (::isatty(STDIN_FILENO) != 0) {
       throw AudioError(
           "standard input is a terminal: pipe samples into it (16 kHz, mono, 16 bits, little-endian)");

@@ -255,7 +255,7 @@ TEST_F(ConverseTest, TheLocalAssistantEndsWithAProgramThatIsKilled) {
   EXPECT_TRUE(assistant.ends());
 }
 
-TEST_F(ConverseTest, OutputThatCannotBeWrittenIsAFailure) {
+TEST_F(ConverseTest, StreamsThatCannotBeUsedAreAFailure) {
   const struct {
     const char *redirection;
     std::vector<std::string> arguments;
@@ -265,6 +265,7 @@ TEST_F(ConverseTest, OutputThatCannotBeWrittenIsAFailure) {
       {">&-", {"--help"}, "standard output cannot be written to: Bad file descriptor"},
       {">/dev/full", {"--local", "--fast", m_questions.front()}, "standard output cannot be written to"},
       {">&- <&-", {"--local", "--fast", m_questions.front()}, "standard output cannot be written to"},
+      {"<&-", {"--local", "--fast", "-"}, "standard input is closed"},
       {"",
        {"--local", "--fast", "--save-answer", "/dev/full", m_questions.front()},
        "the answer cannot be saved: /dev/full: No space left"}};

@@ -8,6 +8,8 @@
 #include <sys/stat.h>
 
 #include <csignal>
+#include <fstream>
+#include <sstream>
 #include <thread>
 
 #include "foundation/Deployment.h"
@@ -50,7 +52,11 @@ class LocalAssistantTest : public ::testing::Test {
   }
 
   /// The next thing that a stand-in writes to the pipe "news"; waits for it.
-  [[nodiscard]] std::string news() const { return readFile(path("news")); }
+  [[nodiscard]] std::string news() const {
+    std::ostringstream text;
+    text << std::ifstream(path("news")).rdbuf();
+    return text.str();
+  }
 
   static std::string failure(const LocalAssistant::Settings &settings) {
     try {
@@ -119,7 +125,7 @@ TEST_F(LocalAssistantTest, SaysInOneLineWhyItDoesNotServe) {
        "did not say where it listens but \"x{300}…\"$"},
       {ready("192.0.2.1:443") + kUntilEnd, "listens outside this machine, at 192.0.2.1$"},
       {"echo '{\"address\": \"localhost:1\", \"deployment\": \"/none\"}'",
-       "cannot be used: /none/deployment.json"},
+       "cannot be used: /none is no deployment folder: /none/deployment.json"},
       {"exec sleep 60 >&-", "closed its output before it was ready$"},
       {"echo '{\"address\": \"localhost:1\", \"deployment\": \".\"}'", "did not say where"},
       {complain + kUntilEnd, "was not ready within 0.3 s: no model found$", 300ms},

@@ -30,10 +30,14 @@ TEST(Deployment, ComposesAddresses) {
 }
 
 TEST(Deployment, SaysWhichFileIsWrongAndHow) {
-  const std::pair<const char *, const char *> cases[] = {{nullptr, "No such file"},
+  const std::pair<const char *, const char *> cases[] = {{nullptr, "is no deployment folder: "},
                                                          {"", "not a JSON object"},
                                                          {"[]", "not a JSON object"},
                                                          {"{}", "\"host\" is missing"},
+                                                         {R"({"host": ""})", "\"host\" is missing"},
+                                                         {R"({"host": "a b c"})", "not 'a b c'"},
+                                                         {R"({"host": "unix:/tmp/x"})", "without a port"},
+                                                         {R"({"host": "h:443"})", "without a port"},
                                                          {R"({"host": 7})", "\"host\" must be a text"},
                                                          {R"({"host": "h", "port": 0})", "1 to 65535"},
                                                          {R"({"host": "h", "port": 65536})", "1 to 65535"},
@@ -58,13 +62,6 @@ TEST(Deployment, TheNamedFolderComesBeforeTheEnvironmentBeforeTheUsersOwn) {
   EXPECT_EQ(Deployment::configuredFolder({}), std::nullopt);
   std::filesystem::create_directories(config.path() / "velmora/deployment");
   EXPECT_EQ(Deployment::configuredFolder({}), config.path() / "velmora/deployment");
-}
-
-TEST(ReadFile, RefusesWhatIsNotAFile) {
-  const TemporaryFolder folder;
-  EXPECT_EQ(readFile(folder.write("bytes", std::string_view("a\0b", 3))), std::string("a\0b", 3));
-  EXPECT_THROW((void)readFile(folder.path()), std::runtime_error);
-  EXPECT_THROW((void)readFile(folder.path() / "none"), std::runtime_error);
 }
 
 }  // namespace

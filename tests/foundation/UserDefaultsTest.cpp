@@ -3,7 +3,10 @@
 #include "foundation/UserDefaults.h"
 
 #include <gmock/gmock.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+
+#include <csignal>
 
 #include "foundation/Deployment.h"
 #include "support/CapturedLog.h"
@@ -72,7 +75,9 @@ TEST_F(UserDefaultsFile, NobodyElseCanReadTheFile) {
 }
 
 TEST_F(UserDefaultsFile, ADamagedFileIsSetAsideWithOneLineAndNotLost) {
-  for (const std::string damaged : {"{\"logged_in\": tr", "\x01\x02garbage", "[1, 2]", "null"}) {
+  const std::string deep = R"({"a": )" + std::string(500'000, '[') + std::string(500'000, ']') + "}";
+  for (const std::string &damaged : {std::string("{\"logged_in\": tr"), std::string("\x01\x02garbage"),
+                                     std::string("[1, 2]"), std::string("null"), deep}) {
     writeFile(damaged);
     const CapturedLog log;
     {
@@ -81,14 +86,14 @@ TEST_F(UserDefaultsFile, ADamagedFileIsSetAsideWithOneLineAndNotLost) {
       defaults.setObject(true, s("fresh"));
       EXPECT_TRUE(defaults.synchronize());
     }
-    EXPECT_EQ(log.count("The settings file "), 1) << damaged;
+    EXPECT_EQ(log.count("The settings file "), 1) << damaged.substr(0, 20);
     EXPECT_TRUE(UserDefaults(path()).boolForKey(s("fresh")));
     std::string kept;
     for (const auto &entry : std::filesystem::directory_iterator(m_folder.path() / "sub")) {
       const auto name = entry.path().filename();
       if (name != "defaults.json" && name.extension() != ".lock") kept += readFile(entry.path());
     }
-    EXPECT_EQ(kept, damaged);
+    EXPECT_TRUE(kept == damaged) << damaged.substr(0, 20);
     std::filesystem::remove_all(m_folder.path() / "sub");
   }
 }
@@ -119,6 +124,28 @@ TEST_F(UserDefaultsFile, AStoreThatCannotWriteSaysSoAndRecovers) {
   std::filesystem::remove(blocker);
   EXPECT_TRUE(defaults.synchronize());
   EXPECT_TRUE(std::filesystem::exists(path().toStdString()));
+}
+
+TEST_F(UserDefaultsFile, AFullDiskLosesNoSettings) {
+  writeFile(R"({"key": "old"})");
+  const auto fail = [&] {
+    std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{.rlim_cur = 500, .rlim_max = 500};
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+    UserDefaults defaults(path());
+    defaults.setObject(QString(1000, u'x'), s("key"));
+    std::_Exit(defaults.synchronize() ? 1 : 7);
+  };
+  EXPECT_EXIT(fail(), ::testing::ExitedWithCode(7), "");
+  EXPECT_EQ(UserDefaults(path()).stringForKey(s("key")), s("old"));
+}
+
+TEST_F(UserDefaultsFile, APipeInPlaceOfTheFileIsLeftAlone) {
+  std::filesystem::create_directories(m_folder.path() / "sub");
+  ASSERT_EQ(::mkfifo(path().toStdString().c_str(), 0600), 0);
+  UserDefaults defaults(path());
+  defaults.setObject(true, s("key"));
+  EXPECT_TRUE(defaults.boolForKey(s("key")));
 }
 
 TEST(UserDefaults, ObserversHearTheirKeyAsOftenAsItIsWritten) {

@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 
 #include <csignal>
 
@@ -26,6 +27,11 @@ TEST(AnswerFile, TheNumberOfTheTurnStandsBeforeTheExtension) {
 TEST(AnswerFile, ADeviceStaysADevice) {
   saveAnswer("/dev/null", "answer");
   EXPECT_TRUE(fs::is_character_file("/dev/null"));
+  const tests::TemporaryFolder folder;
+  const fs::path pipe = folder.path() / "pipe";
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  EXPECT_THAT([&] { saveAnswer(pipe, "answer"); },
+              ThrowsMessage<std::runtime_error>(HasSubstr("nobody reads from it")));
 }
 
 TEST(AnswerFileDeathTest, TheOldAnswerIsReplacedAsAWholeOrNotAtAll) {
@@ -36,7 +42,7 @@ TEST(AnswerFileDeathTest, TheOldAnswerIsReplacedAsAWholeOrNotAtAll) {
     std::signal(SIGXFSZ, SIG_IGN);
     const rlimit limit{.rlim_cur = 100, .rlim_max = 100};
     ::setrlimit(RLIMIT_FSIZE, &limit);
-    EXPECT_THAT([&] { saveAnswer(file, std::string(100'000, 'x')); },
+    EXPECT_THAT([&] { saveAnswer(file, std::string(1000, 'x')); },
                 ThrowsMessage<std::runtime_error>(HasSubstr("File too large")));
     std::_Exit(::testing::Test::HasFailure() ? 8 : 7);
   };

@@ -163,6 +163,29 @@ TEST_F(ConverseTurnTest, AnEarlyErrorIsReportedWhileTheAudioIsStillComing) {
   for (const int end : ends) ::close(end);
 }
 
+TEST_F(ConverseTurnTest, AudioThatIsTooLongIsNoFailureOnceTheUtteranceHasEnded) {
+  class TooLong : public Silence {
+   public:
+    TooLong() : Silence(1600 * 3) {}
+    AudioRead read(std::span<std::int16_t> frame) override {
+      const AudioRead read = Silence::read(frame);
+      if (read.ended) throw AudioTooLong("too long");
+      return read;
+    }
+  };
+  EXPECT_EQ(run(TooLong(), true, 20ms).statusMessage, "too long");
+  EXPECT_EQ(m_engine.ends, 0);
+  m_engine.atFrame = 4;
+  m_engine.reaction = [this] {
+    // Later than the last frame, as it is for audio that is sent at once.
+    std::this_thread::sleep_for(20ms);
+    m_recorder.stopListening();
+    m_recorder.responseReceived(resultOf("heard", "an answer"));
+    m_recorder.turnEnded({.statusCode = 0});
+  };
+  EXPECT_EQ(run(TooLong()).outcome, Outcome::answered);
+}
+
 TEST_F(ConverseTurnTest, TheUserEndsIt) {
   m_engine.reaction = [this] {
     m_interrupted = true;

@@ -38,7 +38,7 @@ TEST(Report, TextFromOutsideCannotSpoilALine) {
                {"a\u2028z", "a z", "a\u2028z"},
                {"not \xff UTF-8 \xc2", "not " + replacement + " UTF-8 " + replacement,
                 "not " + replacement + " UTF-8 " + replacement},
-               {"", "", ""}};
+               {"\n", "(no text)", "\\n"}};
   for (const auto &c : cases) {
     const Turn turn{.request = "what", .answer = c.text};
     EXPECT_EQ(textReport(turn), "You: what\nVelmora: " + c.plain + "\n");
@@ -58,7 +58,23 @@ TEST(Report, AFailureSaysWhatHappenedAndWhatToDo) {
       {16, "", TokenSource::none, "refused the token (none is stored: sign in, or give one with --token)"},
       {14, "no route", TokenSource::none,
        "at h:1 cannot be reached: no route (check the address and the network)"},
-      {14, "Ssl handshake failed", TokenSource::none, "(the TLS roots do not vouch for it, see --roots)"},
+      {14, "Cancelling all calls", TokenSource::none, "the service at h:1 was stopped (try again)"},
+      {14,
+       "failed to connect to all addresses; last error: UNKNOWN: ipv4:127.0.0.1:1: Failed to connect to "
+       "remote host: Connection refused",
+       TokenSource::none, "at h:1 cannot be reached: Connection refused (check the address and the network)"},
+      {14,
+       "ipv4:127.0.0.1:1: Ssl handshake failed: SSL_ERROR_SSL: error:0A000086:SSL routines::certificate "
+       "verify failed",
+       TokenSource::none, ": its certificate is not trusted (see --roots)"},
+      {14, "ipv4:127.0.0.1:1: Peer name 127.0.0.1 is not in peer certificate", TokenSource::none,
+       ": its certificate is for another name (check the address, see --roots)"},
+      {14, "last error: UNKNOWN: ipv4:127.0.0.1:1: Handshake read failed", TokenSource::none,
+       ": it accepts connections but says nothing (check the address)"},
+      {14, "Ssl handshake failed: SSL_ERROR_SSL: error:0A00010B:SSL routines::wrong version number",
+       TokenSource::none, ": it does not speak TLS as expected (check the address)"},
+      {14, "DNS resolution failed for h: C-ares status is not ARES_SUCCESS qtype=AAAA name=h is_balancer=0",
+       TokenSource::none, ": its name is not known (check the address and the network)"},
       {12, "", TokenSource::none, "what answers at h:1 is no assistant service (check the address)"},
       {99, "two\nlines", TokenSource::none, "the service ended the call with status 99: two lines"}};
   for (const auto &c : cases) {
@@ -66,6 +82,10 @@ TEST(Report, AFailureSaysWhatHappenedAndWhatToDo) {
                         {.address = "h:1", .tokenSource = c.token}),
                 ::testing::EndsWith(c.line));
   }
+  EXPECT_EQ(explain({.outcome = Outcome::refused, .stalled = std::chrono::seconds(10), .status = 4}, {}),
+            "the audio has stalled: nothing came for 10 s, and the service ended the call");
+  EXPECT_EQ(textReport({.answer = "I did not hear anything."}),
+            "You: (nothing heard)\nVelmora: I did not hear anything.\n");
   EXPECT_EQ(explain({.outcome = Outcome::unanswered}, {.address = "h:1"}),
             "the service at h:1 ended the call without an answer");
 }

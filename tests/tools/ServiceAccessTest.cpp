@@ -79,6 +79,9 @@ TEST_F(ServiceAccessTest, ATokenThatIsGivenComesBeforeTheStoredOneAndLeavesItAlo
   EXPECT_EQ(given.defaults().stringForKey(key).toStdString(), "given");
   EXPECT_EQ(given.description().tokenSource, TokenSource::argument);
   EXPECT_EQ(user.stringForKey(key).toStdString(), "stored");
+  user.setObject(QStringLiteral("a\nb"), key);
+  EXPECT_THAT([] { access({}); }, ThrowsMessage<ServiceError>(HasSubstr("the stored token is damaged")));
+  EXPECT_NO_THROW(access({"--token", "given"}));
 }
 
 TEST_F(ServiceAccessTest, SaysInOneLineWhatIsMissing) {

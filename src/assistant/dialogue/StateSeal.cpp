@@ -5,11 +5,11 @@
 #include <openssl/evp.h>
 #include <openssl/rand.h>
 
-#include <QFile>
-#include <QSaveFile>
 #include <algorithm>
 #include <memory>
 #include <stdexcept>
+
+#include "foundation/File.h"
 
 namespace velmora {
 namespace {
@@ -56,24 +56,15 @@ StateSeal::Key StateSeal::randomKey() {
 
 StateSeal::Key StateSeal::keyIn(const std::filesystem::path &path) {
   Key key;
-  QFile file(QString::fromStdString(path.string()));
-  if (file.open(QIODevice::ReadOnly)) {
-    const QByteArray held = file.readAll();
-    if (held.size() == static_cast<qsizetype>(key.size())) {
+  if (std::filesystem::exists(path)) {
+    const std::string held = readFile(path);
+    if (held.size() == key.size()) {
       std::copy(held.begin(), held.end(), key.begin());
       return key;
     }
-  } else if (file.exists()) {
-    throw std::runtime_error(path.string() + ": " + file.errorString().toStdString());
   }
   key = randomKey();
-  QSaveFile fresh(file.fileName());
-  const bool written = fresh.open(QIODevice::WriteOnly) &&
-                       fresh.setPermissions(QFile::ReadOwner | QFile::WriteOwner) &&
-                       fresh.write(reinterpret_cast<const char *>(key.data()), key.size()) ==
-                           static_cast<qint64>(key.size()) &&
-                       fresh.commit();
-  if (!written) throw std::runtime_error(path.string() + ": " + fresh.errorString().toStdString());
+  writeFile(path, {reinterpret_cast<const char *>(key.data()), key.size()}, 0600);
   return key;
 }
 

@@ -7,14 +7,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <QSaveFile>
-#include <QString>
 #include <algorithm>
 #include <nlohmann/json.hpp>
 #include <system_error>
 #include <utility>
 
-#include "foundation/Deployment.h"
+#include "foundation/File.h"
 
 namespace velmora {
 namespace {
@@ -149,14 +147,10 @@ void GrantFile::change(std::vector<Grant> &grants, const std::function<void(std:
 void GrantFile::write(const std::vector<Grant> &grants) {
   Json list = Json::array();
   for (const Grant &grant : grants) list.push_back(toJson(grant));
-  const auto text = QByteArray::fromStdString(Json{{"version", kVersion}, {"grants", list}}.dump(1) + '\n');
-  QSaveFile file(QString::fromStdString(m_path.string()));
-  // The mode of a file that is replaced is taken over when opening: it is set before a byte is written.
-  if (!file.open(QIODevice::WriteOnly) ||
-      !file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner) ||
-      file.write(text) != text.size() || !file.commit()) {
-    m_complain("the sign-ins cannot be written to " + m_path.string() +
-               " and hold for this run only: " + file.errorString().toStdString());
+  try {
+    writeFile(m_path, Json{{"version", kVersion}, {"grants", list}}.dump(1) + '\n', 0600);
+  } catch (const std::runtime_error &error) {
+    m_complain(std::string("the sign-ins cannot be written and hold for this run only: ") + error.what());
     return;
   }
   m_seen = stamp();

@@ -2,13 +2,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "assistant/signin/SignInProvider.h"
 
-#include <QSaveFile>
-#include <QString>
-#include <cstdlib>
 #include <nlohmann/json.hpp>
 
 #include "assistant/signin/Secret.h"
 #include "assistant/signin/SignInPages.h"
+#include "foundation/File.h"
 #include "foundation/Log.h"
 #include "foundation/StateFolder.h"
 
@@ -81,13 +79,7 @@ void SignInProvider::writeClientDescription(const std::filesystem::path &folder)
         {"token_uri", origin + kToken},
         {"revocation_uri", origin + kRevoke},
         {"redirect_uris", {"urn:ietf:wg:oauth:2.0:oob", m_client.redirectUri}}}}};
-  QSaveFile file(QString::fromStdString((folder / "google_oauth2.json").string()));
-  const QByteArray text = QByteArray::fromStdString(description.dump(2) + '\n');
-  if (!file.open(QIODevice::WriteOnly) ||
-      !file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner) ||
-      file.write(text) != text.size() || !file.commit()) {
-    throw std::runtime_error("cannot write the client description: " + file.errorString().toStdString());
-  }
+  writeFile(folder / "google_oauth2.json", description.dump(2) + '\n', 0600);
 }
 
 }  // namespace velmora

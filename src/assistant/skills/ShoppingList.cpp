@@ -2,11 +2,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "assistant/skills/ShoppingList.h"
 
-#include <QFile>
-#include <QSaveFile>
 #include <algorithm>
 #include <sstream>
-#include <stdexcept>
+
+#include "foundation/File.h"
 
 namespace velmora {
 
@@ -40,11 +39,8 @@ void ShoppingList::clear() {
 
 std::vector<std::string> ShoppingList::read() const {
   if (m_file.empty()) return m_inMemory;
-  QFile file(QString::fromStdString(m_file.string()));
-  if (!file.exists()) return {};
-  if (!file.open(QIODevice::ReadOnly))
-    throw std::runtime_error(m_file.string() + ": " + file.errorString().toStdString());
-  std::istringstream lines(file.readAll().toStdString());
+  if (!std::filesystem::exists(m_file)) return {};
+  std::istringstream lines(readFile(m_file));
   std::vector<std::string> items;
   for (std::string line; std::getline(lines, line) && items.size() < kMostItems;) {
     if (!line.empty()) items.push_back(line);
@@ -57,13 +53,9 @@ void ShoppingList::write(const std::vector<std::string> &items) {
     m_inMemory = items;
     return;
   }
-  QByteArray text;
-  for (const std::string &item : items) text += QByteArray::fromStdString(item) + '\n';
-  QSaveFile file(QString::fromStdString(m_file.string()));
-  const bool written = file.open(QIODevice::WriteOnly) &&
-                       file.setPermissions(QFile::ReadOwner | QFile::WriteOwner) &&
-                       file.write(text) == text.size() && file.commit();
-  if (!written) throw std::runtime_error(m_file.string() + ": " + file.errorString().toStdString());
+  std::string text;
+  for (const std::string &item : items) text += item + '\n';
+  writeFile(m_file, text, 0600);
 }
 
 }  // namespace velmora

@@ -48,6 +48,12 @@ std::string withoutFullStop(std::string text) {
   return text;
 }
 
+/// The library calls a header with an impossible rate or no channels an error of its own.
+std::string openError() {
+  const std::string text = withoutFullStop(sf_strerror(nullptr));
+  return text.starts_with("Internal error") ? "its header makes no sense" : text;
+}
+
 std::int16_t toSample(float value) {
   return static_cast<std::int16_t>(std::lrint(std::clamp(value * 32768.0F, -32768.0F, 32767.0F)));
 }
@@ -60,7 +66,7 @@ class AudioFile::Reader {
       : m_path(path.string()), m_descriptor(openRegular(m_path)) {
     checkKind(m_descriptor.number(), m_path);
     m_file.reset(sf_open_fd(m_descriptor.number(), SFM_READ, &m_info, SF_FALSE));
-    if (!m_file) refuse(m_path, "is not an audio file (" + withoutFullStop(sf_strerror(nullptr)) + ")");
+    if (!m_file) refuse(m_path, "is not an audio file (" + openError() + ")");
     if (m_info.samplerate < kLowestRate || m_info.samplerate > kHighestRate || m_info.channels < 1) {
       refuse(m_path, "has an impossible sample rate of " + std::to_string(m_info.samplerate) + " Hz");
     }
@@ -81,7 +87,7 @@ class AudioFile::Reader {
 
  private:
   [[noreturn]] void refuseLength() const {
-    refuse(m_path, "is longer than " + std::to_string(longestSeconds / 60) + " minutes");
+    throw AudioTooLong(m_path + ": is longer than " + std::to_string(longestSeconds / 60) + " minutes");
   }
 
   void makeResampler() {

@@ -18,6 +18,12 @@ class AudioError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+/// The audio is longer than `AudioSource::longestSeconds`; what was read of it so far is good.
+class AudioTooLong : public AudioError {
+ public:
+  using AudioError::AudioError;
+};
+
 /// What one read brought.
 struct AudioRead {
   std::size_t samples = 0;  ///< how many samples of the frame were filled

@@ -68,7 +68,7 @@ AudioRead RawAudioStream::deliver(std::span<std::int16_t> frame) {
   m_bytes.erase(m_bytes.begin(), m_bytes.begin() + static_cast<std::ptrdiff_t>(2 * samples));
   m_delivered += samples;
   if (m_delivered > longestSeconds * sampleRate) {
-    throw AudioError(m_name + ": is longer than " + std::to_string(longestSeconds / 60) + " minutes");
+    throw AudioTooLong(m_name + ": is longer than " + std::to_string(longestSeconds / 60) + " minutes");
   }
   return {.samples = samples, .ended = m_ended && m_bytes.size() < 2};
 }

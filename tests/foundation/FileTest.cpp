@@ -1,0 +1,56 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+#include "foundation/File.h"
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+#include "support/TemporaryFolder.h"
+
+namespace velmora {
+namespace {
+
+namespace fs = std::filesystem;
+using ::testing::HasSubstr;
+using tests::TemporaryFolder;
+
+unsigned modeOf(const fs::path &file) { return static_cast<unsigned>(fs::status(file).permissions()); }
+
+TEST(ReadFile, RefusesWhatCouldKeepItWaiting) {
+  const TemporaryFolder folder;
+  EXPECT_EQ(readFile(folder.write("bytes", std::string_view("a\0b", 3))), std::string("a\0b", 3));
+  EXPECT_NE(readFile("/proc/self/status"), "") << "its size is said to be 0";
+  ASSERT_EQ(::mkfifo((folder.path() / "pipe").c_str(), 0600), 0);
+  fs::resize_file(folder.write("huge", ""), kLargestFile + 1);
+  fs::resize_file(folder.write("largest", ""), kLargestFile);
+  EXPECT_EQ(readFile(folder.path() / "largest").size(), kLargestFile);
+  const std::pair<fs::path, const char *> cases[] = {{folder.path(), "is a folder"},
+                                                     {folder.path() / "none", "No such file"},
+                                                     {folder.path() / "pipe", "is not a regular file"},
+                                                     {"/dev/zero", "is not a regular file"},
+                                                     {folder.path() / "huge", "is larger than 16 MiB"}};
+  for (const auto &c : cases) {
+    EXPECT_THAT([&] { (void)readFile(c.first); },
+                ::testing::ThrowsMessage<std::runtime_error>(HasSubstr(c.first.string() + ": " + c.second)));
+  }
+}
+
+TEST(WriteFile, KeepsLinksAndModesAndLeavesNothingBehind) {
+  const TemporaryFolder folder;
+  const fs::path file = folder.write("file", "old");
+  fs::permissions(file, fs::perms(0640));
+  fs::create_symlink("file", folder.path() / "link");
+  writeFile(folder.path() / "link", "new");
+  EXPECT_TRUE(fs::is_symlink(folder.path() / "link"));
+  EXPECT_EQ(readFile(file), "new");
+  EXPECT_EQ(modeOf(file), 0640U);
+  writeFile(file, "", 0600);
+  EXPECT_EQ(modeOf(file), 0600U);
+  fs::create_directory(folder.path() / "sub");
+  EXPECT_THROW(writeFile(folder.path() / "sub", "x"), std::runtime_error);
+  EXPECT_THROW(writeFile(folder.path() / "none" / "x", "x"), std::runtime_error);
+  EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), fs::directory_iterator()), 3);
+}
+
+}  // namespace
+}  // namespace velmora
