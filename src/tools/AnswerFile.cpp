@@ -11,7 +11,7 @@
 #include <system_error>
 
 #include "foundation/File.h"
-#include "platform/process/Descriptor.h"
+#include "foundation/Descriptor.h"
 #include "tools/Interruption.h"
 #include "tools/StandardOutput.h"
 
