@@ -27,6 +27,11 @@ using Provider = Google_Assistant_Embedded_V1Alpha1_EmbeddedAssistantProvider;
 using ConverseSession = Google_Assistant_Embedded_V1Alpha1_EmbeddedAssistantConverseSession;
 // Each call has a thread; more than this many at once is no use of a machine that anybody intends.
 constexpr int kMostCalls = 64;
+/// A request is a tenth of a second of audio, a few kilobytes; no client has a use for more than this.
+constexpr int kLargestRequest = 1 << 20;
+constexpr int kHandshakeMilliseconds = 10'000;
+/// Who is refused waits in nobody's way.
+constexpr std::chrono::milliseconds kRefusalPatience{100};
 
 gpr_timespec after(std::chrono::milliseconds duration) {
   return gpr_time_add(gpr_now(GPR_CLOCK_MONOTONIC), gpr_time_from_millis(duration.count(), GPR_TIMESPAN));
@@ -54,13 +59,16 @@ struct ServerCall::Implementation {
   grpc::ByteBuffer incoming;
   Metadata metadata;
   bool reading = false;
+  std::chrono::milliseconds patience;
   struct Outcome {
     bool known = false;
     bool ok = false;
   };
   std::array<Outcome, kOperations> outcomes;
 
-  Implementation() { context.AsyncNotifyWhenDone(tag(kDone)); }
+  explicit Implementation(std::chrono::milliseconds sendPatience) : patience(sendPatience) {
+    context.AsyncNotifyWhenDone(tag(kDone));
+  }
 
   ~Implementation() {
     queue.Shutdown();
@@ -81,6 +89,13 @@ struct ServerCall::Implementation {
       *static_cast<Outcome *>(pointer) = {.known = true, .ok = ok};
     }
     return true;
+  }
+
+  /// Waits for something that is sent; breaks the call when the client does not take it.
+  void waitForTransport(Operation operation) {
+    if (waitFor(operation, after(patience))) return;
+    context.TryCancel();
+    (void)waitFor(operation, never());
   }
 
   bool take(Operation operation) {
@@ -131,7 +146,7 @@ ServerCall::Received ServerCall::receive(std::string &message,
 bool ServerCall::send(const std::string &message) {
   const grpc::Slice slice(message);
   m_implementation->stream.Write(grpc::ByteBuffer(&slice, 1), m_implementation->tag(Implementation::kWrite));
-  (void)m_implementation->waitFor(Implementation::kWrite, never());
+  m_implementation->waitForTransport(Implementation::kWrite);
   return m_implementation->take(Implementation::kWrite);
 }
 
@@ -148,7 +163,7 @@ void ServerCall::finish(int statusCode, const std::string &statusMessage, const 
                                   ? grpc::Status()
                                   : grpc::Status(static_cast<grpc::StatusCode>(statusCode), statusMessage);
   m_implementation->stream.Finish(status, m_implementation->tag(Implementation::kFinish));
-  (void)m_implementation->waitFor(Implementation::kFinish, never());
+  m_implementation->waitForTransport(Implementation::kFinish);
 }
 
 class Server::Implementation {
@@ -163,6 +178,9 @@ class Server::Implementation {
     builder.AddChannelArgument(GRPC_ARG_HTTP2_MIN_RECV_PING_INTERVAL_WITHOUT_DATA_MS, 5'000);
     builder.AddChannelArgument(GRPC_ARG_KEEPALIVE_TIME_MS, 20'000);
     builder.AddChannelArgument(GRPC_ARG_KEEPALIVE_TIMEOUT_MS, 10'000);
+    // A connection that says nothing is not kept.
+    builder.AddChannelArgument(GRPC_ARG_SERVER_HANDSHAKE_TIMEOUT_MS, kHandshakeMilliseconds);
+    builder.SetMaxReceiveMessageSize(kLargestRequest);
     m_queue = builder.AddCompletionQueue();
     m_server = builder.BuildAndStart();
     if (!m_server || m_port == 0) {
@@ -181,6 +199,7 @@ class Server::Implementation {
   }
 
   [[nodiscard]] int port() const { return m_port; }
+  void setPatience(std::chrono::milliseconds patience) { m_patience = patience; }
 
   void start(Provider &provider) {
     m_provider = &provider;
@@ -212,7 +231,7 @@ class Server::Implementation {
   };
 
   void request() {
-    m_next = std::make_unique<ServerCall::Implementation>();
+    m_next = std::make_unique<ServerCall::Implementation>(m_patience);
     m_service.RequestCall(&m_next->context, &m_next->stream, &m_next->queue, m_queue.get(), this);
   }
 
@@ -221,7 +240,7 @@ class Server::Implementation {
     bool ok = false;
     while (m_queue->Next(&tag, &ok)) {
       if (!ok) continue;  // stopping
-      auto call = std::make_unique<ServerCall>(std::move(m_next));
+      std::unique_ptr<ServerCall::Implementation> call = std::move(m_next);
       request();
       begin(std::move(call));
     }
@@ -235,14 +254,17 @@ class Server::Implementation {
     }
   }
 
-  void begin(std::unique_ptr<ServerCall> call) {
-    {
+  void begin(std::unique_ptr<ServerCall::Implementation> incoming) {
+    const bool isRefused = [this] {
       const std::lock_guard lock(m_calls->mutex);
-      if (m_calls->running < kMostCalls) {
-        ++m_calls->running;
-      } else {
-        return call->finish(static_cast<int>(StatusCode::resourceExhausted), "Too many calls at once", {});
-      }
+      if (m_calls->running == kMostCalls) return true;
+      ++m_calls->running;
+      return false;
+    }();
+    if (isRefused) incoming->patience = kRefusalPatience;
+    auto call = std::make_unique<ServerCall>(std::move(incoming));
+    if (isRefused) {
+      return call->finish(static_cast<int>(StatusCode::resourceExhausted), "Too many calls at once", {});
     }
     std::thread([calls = m_calls, provider = m_provider, call = std::move(call)]() mutable {
       serve(*call, *provider);
@@ -257,6 +279,7 @@ class Server::Implementation {
 
   int m_port = 0;
   bool m_stopped = false;
+  std::chrono::milliseconds m_patience{10'000};
   grpc::AsyncGenericService m_service;
   std::unique_ptr<grpc::ServerCompletionQueue> m_queue;
   std::unique_ptr<grpc::Server> m_server;
@@ -316,6 +339,8 @@ Server::Google_Assistant_Embedded_V1Alpha1_EmbeddedAssistantServer(
 Server::~Google_Assistant_Embedded_V1Alpha1_EmbeddedAssistantServer() = default;
 
 int Server::port() const { return m_implementation->port(); }
+
+void Server::setPatience(std::chrono::milliseconds patience) { m_implementation->setPatience(patience); }
 
 void Server::start(Provider &provider) {
   m_provider = &provider;

@@ -35,6 +35,8 @@ class Google_Assistant_Embedded_V1Alpha1_EmbeddedAssistantServer {
   [[nodiscard]] int port() const;
   [[nodiscard]] Provider *provider() const { return m_provider; }
 
+  /// How long a client may leave a response unread before its call is cut off; 10 seconds. Before the start.
+  void setPatience(std::chrono::milliseconds patience);
   /// Starts to serve and returns at once. `provider` outlives the server. Once.
   void start(Provider &provider);
   /// Takes no new calls, cancels those that do not end within `grace`, and waits up to the same time again

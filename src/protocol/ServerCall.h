@@ -32,11 +32,13 @@ class ServerCall {
   enum class Received { message, endOfStream, nothingYet };
   /// Waits for the next message until `patience` has run out; without one, for as long as it takes.
   [[nodiscard]] Received receive(std::string &message, std::optional<std::chrono::milliseconds> patience);
-  /// Returns when the transport has taken the message; false when the client is gone.
+  /// Returns when the transport has taken the message; false when the client is gone, or was cut off because
+  /// it did not take what was sent to it within the server's patience.
   [[nodiscard]] bool send(const std::string &message);
   /// Before the first message, with which it goes.
   void addInitialMetadata(const Metadata &metadata);
-  /// Ends the call. The last operation.
+  /// Ends the call; cuts a client off that does not take the end within the server's patience. The last
+  /// operation.
   void finish(int statusCode, const std::string &statusMessage, const Metadata &trailingMetadata);
 
  private:

@@ -14,6 +14,7 @@
 #include "protocol/EmbeddedAssistantServer.h"
 #include "protocol/EmbeddedAssistantService.h"
 #include "support/CapturedLog.h"
+#include "support/RawHttp.h"
 #include "support/TemporaryFolder.h"
 #include "support/Waiting.h"
 
@@ -91,6 +92,7 @@ class AssistantProviderTest : public ::testing::Test {
                    {.streams = 3, .clientSilence = std::chrono::seconds(1), .pieces = 400}) {
     const Certificates certificates = makeCertificates(m_folder.path());
     m_server.emplace("127.0.0.1:0", certificates.key, certificates.chain);
+    m_server->setPatience(std::chrono::seconds(1));
     m_server->start(m_provider);
     m_service.emplace("127.0.0.1:" + std::to_string(m_server->port()), readFile(certificates.roots),
                       std::nullopt);
@@ -293,6 +295,33 @@ TEST_F(AssistantProviderTest, StreamsThatMisbehaveAreEndedAndCostNobodyElseAnyth
   }
   EXPECT_EQ(ask("what time is it").end.statusCode, 0);
   EXPECT_THAT(m_provider.statistics().text(), HasSubstr("\"refused\":5,\"streams\":0,\"turns\":1}"));
+}
+
+TEST_F(AssistantProviderTest, WhoNeverReadsAndWhoNeverSpeaksStandInNobodysWay) {
+  // Connections that say nothing, and some that say what is no handshake.
+  std::vector<std::unique_ptr<tests::RawConnection>> mute;
+  for (int i = 0; i < 40; ++i) {
+    mute.push_back(std::make_unique<tests::RawConnection>(m_server->port()));
+    if (i % 2 == 0) mute.back()->send("GET / HTTP/1.1\r\n\r\n\x16\x03\x01 garbage");
+  }
+  // A request for half a megabyte of answer whose responses nobody takes.
+  Config loud = configuration();
+  AudioOutConfig out = loud.audioOutConfig();
+  out.setEncoding(AudioOutConfig::Encoding::linear16);
+  loud.setAudioOutConfig(out);
+  const auto unread = m_service->converse([](const CallResult &) {});
+  unread->send(request(loud));
+  for (const std::string bytes = spoken("what can you do"); const std::size_t at : {0, 1, 2, 3, 4, 5, 6, 7, 8})
+    if (at * 16000 < bytes.size()) unread->send(audioRequest(bytes.substr(at * 16000, 16000)));
+  unread->closeSend();
+  // A request that no microphone makes.
+  EXPECT_EQ(run({request(configuration()), audioRequest(std::string(2 << 20, 'x'))}).end.statusCode,
+            static_cast<int>(StatusCode::resourceExhausted));
+
+  const Turn turn = ask("what time is it");
+  EXPECT_EQ(turn.end.statusCode, 0);
+  EXPECT_THAT(turn.answerText, HasSubstr("12:00"));
+  EXPECT_TRUE(tests::eventually([&] { return m_provider.statistics().streams() == 0; }));
 }
 
 TEST_F(AssistantProviderTest, AClientThatVanishesDisturbsNobody) {
