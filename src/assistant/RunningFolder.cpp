@@ -4,6 +4,7 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 
 #include <cerrno>
 #include <cstdlib>
@@ -43,6 +44,11 @@ std::vector<std::filesystem::path> folders() {
   return found;
 }
 
+[[noreturn]] void failToMake(const std::filesystem::path &folder) {
+  throw std::runtime_error("cannot make the folder " + folder.string() + ": " +
+                           std::generic_category().message(errno));
+}
+
 }  // namespace
 
 RunningFolder::RunningFolder() {
@@ -53,11 +59,15 @@ RunningFolder::RunningFolder() {
       std::filesystem::remove_all(folder, ignored);
   }
   std::string path = (parentFolder() / (std::string(kPrefix) + "XXXXXX")).string();
-  if (!::mkdtemp(path.data()))
-    throw std::runtime_error("cannot make the folder " + path + ": " +
-                             std::generic_category().message(errno));
+  if (!::mkdtemp(path.data())) failToMake(path);
   m_path = path;
   m_lock = takeLock(m_path, O_CREAT);
+}
+
+std::filesystem::path RunningFolder::makePrivate(const char *name) const {
+  std::filesystem::path folder = m_path / name;
+  if (::mkdir(folder.c_str(), 0700) != 0) failToMake(folder);
+  return folder;
 }
 
 void RunningFolder::remove() const noexcept {

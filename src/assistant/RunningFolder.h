@@ -21,6 +21,8 @@ class RunningFolder {
   RunningFolder &operator=(const RunningFolder &) = delete;
 
   [[nodiscard]] const std::filesystem::path &path() const { return m_path; }
+  /// Makes a folder of this name in it, which only this user can enter. Throws `std::runtime_error`.
+  [[nodiscard]] std::filesystem::path makePrivate(const char *name) const;
   /// Any thread; nothing is done the second time.
   void remove() const noexcept;
 

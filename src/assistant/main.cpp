@@ -83,17 +83,19 @@ void run(const AssistantOptions &options, int signals) {
 
   const RunningFolder folder;
   const StatusSocket status(folder.path());
-  const Certificates certificates = makeCertificates(folder.path());
+  // Apart from the socket and the lock: a deployment is a folder of files, which may be copied.
+  const std::filesystem::path deployment = folder.makePrivate("deployment");
+  const Certificates certificates = makeCertificates(deployment);
   Server server("127.0.0.1:" + std::to_string(options.port), certificates.key, certificates.chain);
   // It is in the server's memory now.
   std::filesystem::remove(certificates.key);
-  writeDeployment(folder.path(), server.port());
-  signIn.writeClientDescription(folder.path());
+  writeDeployment(deployment, server.port());
+  signIn.writeClientDescription(deployment);
   signIn.start();
   server.start(provider);
 
   const nlohmann::json ready{{"address", "127.0.0.1:" + std::to_string(server.port())},
-                             {"deployment", folder.path().string()}};
+                             {"deployment", deployment.string()}};
   std::cout << ready.dump() << std::endl;
   if (!std::cout) throw std::runtime_error("standard output cannot be written");
   serveStatus(signals, options.stopAtEof, status, provider.statistics());
