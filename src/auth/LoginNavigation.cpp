@@ -6,10 +6,20 @@
 
 namespace velmora {
 
+namespace {
+
+QString absoluteString(const QUrl &url) { return QString::fromLatin1(url.toEncoded()); }
+
+}  // namespace
+
+bool isLoginRedirect(const QUrl &request, const QString &loopbackPrefix) {
+  return !loopbackPrefix.isEmpty() && absoluteString(request).startsWith(loopbackPrefix);
+}
+
 LoginNavigation followLoginNavigation(const QUrl &request, const QString &loopbackPrefix,
                                       const std::function<void(const QString &code)> &requestToken) {
-  const QString address = QString::fromLatin1(request.toEncoded());
-  if (loopbackPrefix.isEmpty() || !address.startsWith(loopbackPrefix)) return LoginNavigation::elsewhere;
+  if (!isLoginRedirect(request, loopbackPrefix)) return LoginNavigation::elsewhere;
+  const QString address = absoluteString(request);
   const qsizetype equals = address.indexOf(QLatin1Char('='));
   if (equals < 0) return LoginNavigation::redirect;
   requestToken(address.mid(equals + 1));

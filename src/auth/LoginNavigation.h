@@ -15,8 +15,12 @@ enum class LoginNavigation {
   redirectWithCode,  ///< back to the program, with what may be an authorisation code
 };
 
+/// Whether `request` leads back to the program: whether its address begins with `loopbackPrefix`. An empty
+/// prefix begins nothing.
+[[nodiscard]] bool isLoginRedirect(const QUrl &request, const QString &loopbackPrefix);
+
 /// Tells what a navigation to `request` is, and first hands what follows its first "=" to `requestToken`,
-/// undecoded, when its address begins with `loopbackPrefix`. An empty prefix begins nothing.
+/// undecoded, when it leads back to the program.
 LoginNavigation followLoginNavigation(const QUrl &request, const QString &loopbackPrefix,
                                       const std::function<void(const QString &code)> &requestToken);
 

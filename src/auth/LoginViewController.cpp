@@ -23,7 +23,9 @@ LoginViewController::LoginViewController(const Deployment &deployment, UserDefau
 LoginViewController::~LoginViewController() = default;
 
 void LoginViewController::viewDidLoad() {
+  m_ui->webView2->setFrameLoadDelegate(this);
   m_ui->webView2->setPolicyDelegate(this);
+  m_ui->webView2->setFocus();
   loadLoginUrl();
 }
 
@@ -33,6 +35,11 @@ void LoginViewController::hideEvent(QHideEvent *event) {
   QWidget::hideEvent(event);
   // Who is signed in does not come back soon, and a page takes hundreds of megabytes.
   if (m_defaults.boolForKey(kLoggedInKey)) m_ui->webView2->unload();
+}
+
+void LoginViewController::didFailLoad(WebView &webView, const QUrl &url) {
+  // Nobody needs to listen where the sign-in ends.
+  if (!isLoginRedirect(url, m_loopbackPrefix)) webView.showFailure();
 }
 
 void LoginViewController::decidePolicyForNavigationAction(WebView &, const QUrl &request,

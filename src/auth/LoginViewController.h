@@ -17,7 +17,7 @@ namespace velmora {
 
 /// The sign-in screen: the provider's pages, and the consent page afresh whenever they lead back here. That
 /// the user is signed in shows in the settings only. Main thread.
-class LoginViewController : public QWidget, private WebPolicyDelegate {
+class LoginViewController : public QWidget, private WebFrameLoadDelegate, private WebPolicyDelegate {
   Q_OBJECT
 
  public:
@@ -37,6 +37,7 @@ class LoginViewController : public QWidget, private WebPolicyDelegate {
 
  private:
   void viewDidLoad();
+  void didFailLoad(WebView &webView, const QUrl &url) override;
   void decidePolicyForNavigationAction(WebView &webView, const QUrl &request,
                                        WebPolicyListener &listener) override;
 

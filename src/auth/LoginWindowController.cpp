@@ -31,17 +31,24 @@ void LoginWindowController::showWindow() {
 
 void LoginWindowController::windowDidLoad() {
   m_ui->loginWebView->setTrustedRoots(m_roots);
+  m_ui->loginWebView->setFrameLoadDelegate(this);
   m_ui->loginWebView->setPolicyDelegate(this);
   setWindowFlag(Qt::WindowStaysOnTopHint);
   show();
   raise();
   activateWindow();
+  m_ui->loginWebView->setFocus();
   m_ui->loginWebView->load(loginPage(m_authenticator.loginUrl()));
 }
 
 void LoginWindowController::closeEvent(QCloseEvent *event) {
   QWidget::closeEvent(event);
   if (m_ui) m_ui->loginWebView->unload();
+}
+
+void LoginWindowController::didFailLoad(WebView &webView, const QUrl &url) {
+  // Nobody needs to listen where the sign-in ends.
+  if (!isLoginRedirect(url, m_loopbackPrefix)) webView.showFailure();
 }
 
 void LoginWindowController::decidePolicyForNavigationAction(WebView &, const QUrl &request,

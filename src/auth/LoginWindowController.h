@@ -16,7 +16,7 @@ namespace velmora {
 
 /// The sign-in in a window of its own, above the others, which closes as soon as a code is there. That the
 /// user is signed in shows in the settings only. Main thread.
-class LoginWindowController : public QWidget, private WebPolicyDelegate {
+class LoginWindowController : public QWidget, private WebFrameLoadDelegate, private WebPolicyDelegate {
   Q_OBJECT
 
  public:
@@ -32,6 +32,7 @@ class LoginWindowController : public QWidget, private WebPolicyDelegate {
 
  private:
   void windowDidLoad();
+  void didFailLoad(WebView &webView, const QUrl &url) override;
   void decidePolicyForNavigationAction(WebView &webView, const QUrl &request,
                                        WebPolicyListener &listener) override;
 

@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: Apache-2.0
 //
-// The main function of tests that show web pages: no display, no sandbox for root, and a home of their own.
+// The main function of tests that show web pages: no display, or a private one for the tests that need a
+// person's presses, no sandbox for root, and a home of their own.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -9,6 +10,9 @@
 #include <optional>
 
 #include "support/TemporaryFolder.h"
+#ifdef VELMORA_TEST_DESKTOP
+#include "support/Desktop.h"
+#endif
 
 #if defined(__SANITIZE_ADDRESS__)
 // The engine deletes objects of its own as another type than it made them.
@@ -21,11 +25,15 @@ int main(int argc, char **argv) {
   std::optional<velmora::tests::TemporaryFolder> home;
   if (qEnvironmentVariableIsEmpty("VELMORA_TEST_HOME")) {
     home.emplace();
-    for (const char *name :
-         {"VELMORA_TEST_HOME", "HOME", "XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME"}) {
+    for (const char *name : {"VELMORA_TEST_HOME", "HOME", "XDG_DATA_HOME", "XDG_CONFIG_HOME",
+                             "XDG_CACHE_HOME", "XDG_STATE_HOME", "XDG_RUNTIME_DIR"}) {
       qputenv(name, home->path().c_str());
     }
   }
+#ifdef VELMORA_TEST_DESKTOP
+  std::optional<velmora::tests::Desktop> desktop;
+  if (!testing::GTEST_FLAG(list_tests)) desktop.emplace();
+#endif
   if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
   // Chromium does not run as root in its sandbox.
   if (::getuid() == 0) qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");

@@ -20,6 +20,8 @@ class WebEngineClient {
   /// meanwhile.
   virtual bool mayNavigate(const QUrl &url) = 0;
   virtual void pageFinished(bool loaded) = 0;
+  /// There is nothing of `url` to be shown: its server cannot be reached, or is not trusted.
+  virtual void pageFailed(const QUrl &url) = 0;
 
  protected:
   ~WebEngineClient() = default;

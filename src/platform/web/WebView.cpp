@@ -5,13 +5,17 @@
 #include <QCoreApplication>
 #include <QLabel>
 #include <QPluginLoader>
+#include <QPushButton>
 #include <QStackedLayout>
 #include <QStandardPaths>
+#include <QVBoxLayout>
 
 #include "foundation/Log.h"
 
 namespace velmora {
 namespace {
+
+constexpr int kNoticeMargin = 24;  // logical pixels
 
 struct Decision final : WebPolicyListener {
   void use() override { used = true; }
@@ -22,10 +26,26 @@ struct Decision final : WebPolicyListener {
 }  // namespace
 
 WebView::WebView(QWidget *parent, const QString &engineFile)
-    : QWidget(parent), m_engineFile(engineFile), m_layout(new QStackedLayout(this)), m_notice(new QLabel) {
-  m_notice->setAlignment(Qt::AlignCenter);
-  m_notice->setWordWrap(true);
+    : QWidget(parent),
+      m_engineFile(engineFile),
+      m_layout(new QStackedLayout(this)),
+      m_notice(new QWidget),
+      m_noticeText(new QLabel),
+      m_tryAgain(new QPushButton(tr("&Try again"))) {
+  m_noticeText->setAlignment(Qt::AlignCenter);
+  m_noticeText->setWordWrap(true);
+  m_noticeText->setTextFormat(Qt::PlainText);
+  m_tryAgain->setAutoDefault(true);
+  m_tryAgain->hide();
+  auto *column = new QVBoxLayout(m_notice);
+  column->setContentsMargins(kNoticeMargin, kNoticeMargin, kNoticeMargin, kNoticeMargin);
+  column->setSpacing(kNoticeMargin / 2);
+  column->addStretch();
+  column->addWidget(m_noticeText);
+  column->addWidget(m_tryAgain, 0, Qt::AlignHCenter);
+  column->addStretch();
   m_layout->addWidget(m_notice);
+  connect(m_tryAgain, &QPushButton::clicked, this, [this] { load(m_page); });
 }
 
 WebView::~WebView() = default;
@@ -45,6 +65,8 @@ void WebView::load(const QUrl &url) {
   if (m_deciding) return MainQueue::main().async(m_alive, [this] { loadWanted(); });
   loadWanted();
 }
+
+void WebView::showFailure() { showNotice(tr("The page at %1 cannot be loaded.").arg(m_page.host()), true); }
 
 void WebView::unload() {
   MainQueue::main().async(m_alive, [this] {
@@ -70,10 +92,15 @@ bool WebView::mayNavigate(const QUrl &url) {
 
 void WebView::pageFinished(bool loaded) { Q_EMIT loadFinished(loaded); }
 
+void WebView::pageFailed(const QUrl &url) {
+  if (m_frameLoadDelegate && !m_wanted) m_frameLoadDelegate->didFailLoad(*this, url);
+}
+
 void WebView::loadWanted() {
   if (!m_wanted || !isVisible()) return;
   if (!m_engine && !makeEngine()) return;
   m_wanted = false;
+  showPage();
   m_engine->load(m_page);
 }
 
@@ -84,17 +111,39 @@ bool WebView::makeEngine() {
     const QString reason = plugin.isLoaded() ? QStringLiteral("it is none") : plugin.errorString();
     log("The web engine cannot be loaded: ", reason.toStdString());
     m_wanted = false;
-    m_notice->setText(tr("Web pages cannot be shown: the web engine is not installed."));
+    showNotice(tr("Web pages cannot be shown: the web engine is not installed."), false);
     Q_EMIT engineMissing(reason);
     return false;
   }
   const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
   m_engine = factory->make(
       {.storageFolder = folder + QLatin1String("/velmora/web"), .trustedRoots = m_trustedRoots}, *this);
-  QWidget &widget = m_engine->widget();
-  m_layout->setCurrentIndex(m_layout->addWidget(&widget));
-  setFocusProxy(&widget);
+  m_layout->addWidget(&m_engine->widget());
   return true;
+}
+
+/// Whether the keys go here as soon as the window is the active one.
+bool WebView::holdsFocus() const {
+  const QWidget *focus = window()->focusWidget();
+  return focus && (focus == this || isAncestorOf(focus));
+}
+
+void WebView::showPage() {
+  QWidget &page = m_engine->widget();
+  const bool hadFocus = holdsFocus();
+  m_layout->setCurrentWidget(&page);
+  setFocusProxy(&page);
+  if (hadFocus) page.setFocus();
+}
+
+void WebView::showNotice(const QString &text, bool mayTryAgain) {
+  const bool hadFocus = holdsFocus();
+  m_noticeText->setText(text);
+  m_tryAgain->setAccessibleDescription(text);
+  m_tryAgain->setVisible(mayTryAgain);
+  setFocusProxy(mayTryAgain ? m_tryAgain : nullptr);
+  m_layout->setCurrentWidget(m_notice);
+  if (hadFocus && mayTryAgain) m_tryAgain->setFocus();
 }
 
 }  // namespace velmora

@@ -12,6 +12,7 @@
 #include "platform/web/WebEngine.h"
 
 class QLabel;
+class QPushButton;
 class QStackedLayout;
 
 namespace velmora {
@@ -41,9 +42,20 @@ class WebPolicyDelegate {
   ~WebPolicyDelegate() = default;
 };
 
+/// Who hears how the loads of a web view end. Main thread.
+class WebFrameLoadDelegate {
+ public:
+  /// The page of `url` cannot be had; the view is empty now, and the delegate may call its `showFailure()`.
+  virtual void didFailLoad(WebView &webView, const QUrl &url) = 0;
+
+ protected:
+  ~WebFrameLoadDelegate() = default;
+};
+
 /// Shows web pages, and pages of local files and resources that the program itself loads. Pages cannot reach
 /// local files, download, open windows or use the desktop's devices; cookies are kept between runs in the
-/// user's data folder. A page that fails to load leaves the view empty.
+/// user's data folder. A page that fails to load leaves the view empty, unless the frame-load delegate shows
+/// more.
 ///
 /// The engine is loaded when a page is first shown; until then this is a plain widget. Where it is not
 /// installed the view shows one line that says so. Main thread only.
@@ -60,11 +72,18 @@ class WebView : public QWidget, private WebEngineClient {
   /// Null: every navigation is allowed. The delegate outlives the view or takes itself away.
   void setPolicyDelegate(WebPolicyDelegate *delegate) { m_delegate = delegate; }
 
+  /// Null: failures show nothing. The delegate outlives the view or takes itself away.
+  void setFrameLoadDelegate(WebFrameLoadDelegate *delegate) { m_frameLoadDelegate = delegate; }
+
   /// A PEM file of authorities that are trusted besides the system's. To be called before the first page.
   void setTrustedRoots(const std::filesystem::path &file);
 
   /// Loads a page, once the view is shown.
   void load(const QUrl &url);
+
+  /// Tells the user in place of the page that it cannot be loaded, with a button that loads anew the page
+  /// which the program asked for last.
+  void showFailure();
 
   /// Frees what the page takes, soon, unless the view is shown again by then. The page that was last asked
   /// for is loaded anew when it is.
@@ -80,17 +99,24 @@ class WebView : public QWidget, private WebEngineClient {
  private:
   bool mayNavigate(const QUrl &url) override;
   void pageFinished(bool loaded) override;
+  void pageFailed(const QUrl &url) override;
   void loadWanted();
+  [[nodiscard]] bool holdsFocus() const;
+  void showPage();
+  void showNotice(const QString &text, bool mayTryAgain);
   bool makeEngine();
 
   QString m_engineFile;
   QString m_trustedRoots;
   WebPolicyDelegate *m_delegate = nullptr;
+  WebFrameLoadDelegate *m_frameLoadDelegate = nullptr;
   QUrl m_page;              // what the program asked for last
   bool m_wanted = false;    // and whether it is still to be loaded
   bool m_deciding = false;  // inside the delegate
   QStackedLayout *m_layout;
-  QLabel *m_notice;
+  QWidget *m_notice;  // in place of a page
+  QLabel *m_noticeText;
+  QPushButton *m_tryAgain;
   std::unique_ptr<WebEngine> m_engine;
   Alive m_alive;
 };

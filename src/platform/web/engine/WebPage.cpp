@@ -3,6 +3,7 @@
 #include "platform/web/engine/WebPage.h"
 
 #include <QWebEngineCertificateError>
+#include <QWebEngineLoadingInfo>
 #include <QWebEngineSettings>
 #include <utility>
 
@@ -10,6 +11,13 @@
 
 namespace velmora {
 namespace {
+
+/// What a server answers is a page to be shown, whatever its status; a load given up has another after it.
+bool hasNothing(const QWebEngineLoadingInfo &load) {
+  constexpr int kGivenUp = -3;
+  return load.status() == QWebEngineLoadingInfo::LoadFailedStatus &&
+         load.errorDomain() != QWebEngineLoadingInfo::HttpStatusCodeDomain && load.errorCode() != kGivenUp;
+}
 
 bool isLocal(const QUrl &url) { return url.isLocalFile() || url.scheme() == QLatin1String("qrc"); }
 
@@ -30,6 +38,9 @@ WebPage::WebPage(QWebEngineProfile &profile, QString trustedRoots, WebEngineClie
     setFeaturePermission(origin, what, PermissionDeniedByUser);
   });
   connect(this, &QWebEnginePage::loadFinished, this, [this](bool loaded) { m_client.pageFinished(loaded); });
+  connect(this, &QWebEnginePage::loadingChanged, this, [this](const QWebEngineLoadingInfo &load) {
+    if (hasNothing(load)) m_client.pageFailed(load.url());
+  });
 }
 
 bool WebPage::acceptNavigationRequest(const QUrl &target, NavigationType type, bool isMainFrame) {
