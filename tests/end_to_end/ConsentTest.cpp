@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 
 #include <QApplication>
+#include <QPalette>
 #include <QPushButton>
 #include <QScreen>
 #include <algorithm>
@@ -167,11 +168,13 @@ TEST_F(ConsentTest, AServiceThatIsGoneIsToldAndComesBackWithAButton) {
 
 /// The pictures of the documentation.
 TEST_F(ConsentTest, DISABLED_Picture) {
+  const bool dark = qEnvironmentVariableIsSet("VELMORA_DARK");
+  if (dark) QApplication::setPalette(QPalette(QColor(0x1e, 0x21, 0x28)));
   Assistant assistant;
   LoginWindowController window(assistant.deployment, defaults);
   window.showWindow();
-  const QRgb accent = qEnvironmentVariableIsSet("VELMORA_DARK") ? qRgb(0x8d, 0xb0, 0xff) : kAllow;
-  ASSERT_TRUE(runUntil([&] { return onScreen(accent).has_value(); }));
+  const QRgb button = dark ? qRgb(0x8d, 0xb0, 0xff) : kAllow;
+  ASSERT_TRUE(runUntil([&] { return onScreen(button).has_value(); }));
   EXPECT_TRUE(type({QStringLiteral("Tab")}));
   const QRect frame = window.frameGeometry();
   const auto picture = [&] {

@@ -5,6 +5,8 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <QGuiApplication>
+#include <QPalette>
 #include <QWebEngineDownloadRequest>
 #include <QWebEngineProfile>
 #include <QWebEngineView>
@@ -17,6 +19,15 @@ namespace velmora {
 namespace {
 
 constexpr auto kOwnerOnly = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
+
+/// Lets pages that have dark colours show them on a dark desktop, of which the engine knows nothing by
+/// itself. It reads this once, when it starts.
+void preferTheDesktopsColours() {
+  constexpr int kDark = 128;
+  constexpr auto kFlags = "QTWEBENGINE_CHROMIUM_FLAGS";
+  if (QGuiApplication::palette().color(QPalette::Window).lightness() < kDark)
+    qputenv(kFlags, qgetenv(kFlags) + " --blink-settings=preferredColorScheme=0");
+}
 
 std::shared_ptr<QWebEngineProfile> makeProfile(const QString &folder) {
   QDir().mkpath(QFileInfo(folder).absolutePath());
@@ -61,8 +72,9 @@ class Engine : public WebEngine {
 std::unique_ptr<WebEngine> WebEnginePlugin::make(const WebEngineSettings &settings, WebEngineClient &client) {
   // The engine draws with a graphics context shared by the whole program. Qt would rather make it at the
   // start, which costs 57 MB and as long as all the rest of it, and complains of its being made so late.
-  QtWebEngineQuick::initialize();
   std::shared_ptr<QWebEngineProfile> &profile = theProfile();
+  if (!profile) preferTheDesktopsColours();
+  QtWebEngineQuick::initialize();
   if (!profile) {
     profile = makeProfile(settings.storageFolder);
     // Writes the cookies. Runs before what the engine has registered meanwhile for its own end.
