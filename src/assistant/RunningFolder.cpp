@@ -21,7 +21,7 @@ std::filesystem::path parentFolder() {
   std::error_code error;
   const char *runtime = std::getenv("XDG_RUNTIME_DIR");
   if (runtime && *runtime == '/' && std::filesystem::is_directory(runtime, error)) {
-    const std::filesystem::path folder = std::filesystem::path(runtime) / "velmora";
+    std::filesystem::path folder = std::filesystem::path(runtime) / "velmora";
     std::filesystem::create_directory(folder, error);
     if (std::filesystem::is_directory(folder, error)) return folder;
   }

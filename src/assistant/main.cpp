@@ -25,9 +25,9 @@
 #include "protocol/Certificates.h"
 #include "protocol/EmbeddedAssistantServer.h"
 
+namespace velmora {
 namespace {
 
-using namespace velmora;
 using Server = Google_Assistant_Embedded_V1Alpha1_EmbeddedAssistantServer;
 
 constexpr int kFailed = 1;
@@ -123,9 +123,7 @@ int printStatus() {
   return 0;
 }
 
-}  // namespace
-
-int main(int argc, char *argv[]) {
+int runProgram(int argc, char *argv[]) {
   const int signals = stopSignals();
   const QCoreApplication application(argc, argv);
   try {
@@ -143,3 +141,8 @@ int main(int argc, char *argv[]) {
     return kFailed;
   }
 }
+
+}  // namespace
+}  // namespace velmora
+
+int main(int argc, char *argv[]) { return velmora::runProgram(argc, argv); }

@@ -20,6 +20,11 @@ class Desktop {
     qputenv("DISPLAY", ':' + firstLine(m_server));
     qputenv("QT_QPA_PLATFORM", "xcb");
     qunsetenv("WAYLAND_DISPLAY");
+#if defined(__SANITIZE_ADDRESS__)
+    // The graphics drivers leak.
+    qputenv("QT_XCB_GL_INTEGRATION", "none");
+    qputenv("QT_QUICK_BACKEND", "software");
+#endif
     // Runs its start-up command once it manages windows.
     start(m_windowManager, QStringLiteral("openbox"),
           {QStringLiteral("--sm-disable"), QStringLiteral("--startup"), QStringLiteral("echo ready")});
