@@ -17,6 +17,9 @@
 #if defined(__SANITIZE_ADDRESS__)
 // The engine deletes objects of its own as another type than it made them.
 extern "C" const char *__asan_default_options() { return "new_delete_type_mismatch=0"; }
+#elif defined(__SANITIZE_THREAD__)
+// The engine forks a process that starts threads of its own.
+extern "C" const char *__tsan_default_options() { return "die_after_fork=0"; }
 #endif
 
 int main(int argc, char **argv) {
