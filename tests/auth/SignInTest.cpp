@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <future>
+#include <mutex>
 
 #include "auth/LoginViewController.h"
 #include "auth/LoginWindowController.h"
@@ -35,7 +36,12 @@ struct SignInTest : testing::Test {
     }
     if (request.target == "/consent") return {.status = 302, .headers = {{"Location", back}}};
     if (request.target == "/favicon.ico") return {.status = 404};
+    const std::lock_guard lock(mutex);
     return visits++ == 0 ? first : page("Do you agree?", "consent");
+  }
+  void answerFirst(HttpAnswer wanted) {
+    const std::lock_guard lock(mutex);
+    first = std::move(wanted);
   }
   /// The number of exchanges, and what the code was.
   std::vector<std::string> codes() const {
@@ -50,6 +56,7 @@ struct SignInTest : testing::Test {
   bool signedIn() const { return defaults.boolForKey(kLoggedInKey); }
 
   std::string back = "http://localhost/?code=ABC";
+  std::mutex mutex;  // guards what the first visitor gets
   HttpAnswer first = {.status = 302, .headers = {{"Location", back}}};
   std::atomic<int> visits = 0;
   std::promise<void> tokensMayGo;
@@ -67,7 +74,7 @@ struct Way {
 class EachWayBack : public SignInTest, public testing::WithParamInterface<Way> {};
 
 TEST_P(EachWayBack, IsOneExchangeAndShowsTheConsentPageAfresh) {
-  first = GetParam().first;
+  answerFirst(GetParam().first);
   tokensMayGo.set_value();
   LoginViewController screen(deployment, defaults);
   const auto title = [&] { return engineIn(screen)->property("title").toString(); };
@@ -94,7 +101,7 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto &each) { return each.param.name; });
 
 TEST_F(SignInTest, ARedirectWithoutACodeShowsTheScreensPageAfreshOnly) {
-  first.headers["Location"] = "http://localhost/?denied";
+  answerFirst({.status = 302, .headers = {{"Location", "http://localhost/?denied"}}});
   LoginViewController screen(deployment, defaults);
   screen.show();
   EXPECT_TRUE(runUntil([&] { return visits == 2; }));
@@ -115,7 +122,7 @@ TEST_F(SignInTest, TheWindowClosesBeforeTheExchangeIsAnswered) {
 }
 
 TEST_F(SignInTest, TheWindowStaysOpenAndShowsNoErrorPageWithoutACode) {
-  first = page("<script>location.href = 'http://localhost:1/?denied'</script>");
+  answerFirst(page("<script>location.href = 'http://localhost:1/?denied'</script>"));
   LoginWindowController window(deployment, defaults);
   std::vector<bool> loads;
   window.showWindow();

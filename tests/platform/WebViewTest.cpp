@@ -9,6 +9,7 @@
 #include <QLabel>
 #include <QProcess>
 #include <QStandardPaths>
+#include <mutex>
 
 #include "foundation/Deployment.h"
 #include "support/CapturedLog.h"
@@ -49,10 +50,19 @@ struct WebViewTest : testing::Test, WebPolicyDelegate {
     return runUntil([&] { return countOf(server, request) > 0; });
   }
 
+  void answerWith(HttpAnswer wanted) {
+    const std::lock_guard lock(mutex);
+    answer = std::move(wanted);
+  }
+
   std::vector<std::string> asked;
   tests::TemporaryFolder folder;
+  std::mutex mutex;  // guards what the server's threads answer
   HttpAnswer answer = page("here");
-  HttpServer server{[this](const HttpRequest &) { return answer; }};
+  HttpServer server{[this](const HttpRequest &) {
+    const std::lock_guard lock(mutex);
+    return answer;
+  }};
 };
 
 TEST_F(WebViewTest, LoadsTheEngineWhenAPageIsFirstShown) {
@@ -84,9 +94,9 @@ TEST_F(WebViewTest, SaysOnOneLineThatTheEngineIsMissing) {
 }
 
 TEST_F(WebViewTest, AsksAboutTheMainFrameOnlyAndObeys) {
-  answer = page(
-      "<iframe src=/frame></iframe><script>if (top === self) {"
-      "location.href = '/ignored'; setTimeout(() => fetch('/done'), 0); }</script>");
+  answerWith(
+      page("<iframe src=/frame></iframe><script>if (top === self) {"
+           "location.href = '/ignored'; setTimeout(() => fetch('/done'), 0); }</script>"));
   WebView view;
   view.setPolicyDelegate(this);
   shows(view, server.url("/start"));
@@ -98,17 +108,17 @@ TEST_F(WebViewTest, AsksAboutTheMainFrameOnlyAndObeys) {
 TEST_F(WebViewTest, PagesReachNoFilesAndOpenNoWindows) {
   const auto file = folder.write("secret.html", "<title>secret</title>");
   const std::string url = "file://" + file.string();
-  answer = page(
-      "<script>addEventListener('load', async () => {"
-      "fetch('" +
-      url +
-      "').then(() => fetch('/leak')).catch(() => {});"
-      "if (window.open('/window')) await fetch('/leak');"
-      "location.href = '" +
-      url +
-      "';"
-      "setTimeout(() => fetch('/done'), 100);"
-      "})</script>");
+  answerWith(
+      page("<script>addEventListener('load', async () => {"
+           "fetch('" +
+           url +
+           "').then(() => fetch('/leak')).catch(() => {});"
+           "if (window.open('/window')) await fetch('/leak');"
+           "location.href = '" +
+           url +
+           "';"
+           "setTimeout(() => fetch('/done'), 100);"
+           "})</script>"));
   WebView view;
   view.setPolicyDelegate(this);
   shows(view, server.url("/start"));
@@ -130,7 +140,9 @@ TEST_F(WebViewTest, DISABLED_Visit) {
 }
 
 TEST_F(WebViewTest, CookiesOutliveTheProgramInAPrivateFolder) {
-  answer.headers["Set-Cookie"] = "name=value; Max-Age=3600";
+  HttpAnswer giving = page("here");
+  giving.headers["Set-Cookie"] = "name=value; Max-Age=3600";
+  answerWith(giving);
   qputenv("VELMORA_TEST_URL", server.url("/visit").c_str());
   for (int run = 0; run < 2; ++run) {
     QProcess visit;
