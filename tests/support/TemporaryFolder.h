@@ -27,7 +27,7 @@ class TemporaryFolder {
 
   [[nodiscard]] const std::filesystem::path &path() const { return m_path; }
   [[nodiscard]] std::filesystem::path write(std::string_view name, std::string_view contents) const {
-    const auto file = m_path / name;
+    auto file = m_path / name;
     std::ofstream(file, std::ios::binary) << contents;
     return file;
   }
