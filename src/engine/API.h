@@ -20,6 +20,7 @@
 #include <string>
 #include <thread>
 
+#include "engine/AudioConstants.h"
 #include "engine/CallbackGate.h"
 #include "engine/ConversationTextDelegate.h"
 #include "foundation/Deployment.h"
@@ -40,9 +41,6 @@ class TurnObserver {
   /// the moment of `endAudio` may end inside that.
   virtual void turnEnded(const CallResult &result) = 0;
 };
-
-/// Samples per second of the audio in both directions.
-inline constexpr std::int32_t kServiceSampleRate = 16000;
 
 /// Belongs to the thread that made it, but for `sendAudioFrame`, which one other thread may call. Errors of
 /// the service and the network are a line in the log each.

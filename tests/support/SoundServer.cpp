@@ -212,10 +212,15 @@ void SoundServer::setDefaultMicrophone(const std::string &name) const {
   control({"set-default-source", name});
 }
 
-void SoundServer::say(const std::vector<std::int16_t> &samples, const std::string &microphone) const {
+void SoundServer::say(const std::vector<std::int16_t> &samples, const std::string &microphone,
+                      int rate) const {
+  play(samples, microphone + "bus", rate);
+}
+
+void SoundServer::play(const std::vector<std::int16_t> &samples, const std::string &sink, int rate) const {
   const auto [reader, writer] = makePipe();
-  const pid_t pid = spawn({"pacat", "--playback", "--raw", "--format=s16le", "--rate=44100", "--channels=1",
-                           "--device=" + microphone + "bus"},
+  const pid_t pid = spawn({"pacat", "--playback", "--raw", "--format=s16le", "--rate=" + std::to_string(rate),
+                           "--channels=1", "--device=" + sink},
                           {}, reader, -1);
   ::close(reader);
   const auto *bytes = reinterpret_cast<const char *>(samples.data());

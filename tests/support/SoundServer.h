@@ -73,8 +73,11 @@ class SoundServer {
   void unplugMicrophone(const std::string &name);
   void setDefaultMicrophone(const std::string &name) const;
 
-  /// Speaks mono samples at 44100 Hz into the bus of a microphone and returns when they have been said.
-  void say(const std::vector<std::int16_t> &samples, const std::string &microphone = "mic") const;
+  /// Speaks mono samples into the bus of a microphone and returns when they have been said.
+  void say(const std::vector<std::int16_t> &samples, const std::string &microphone = "mic",
+           int rate = 44100) const;
+  /// Plays mono samples through the loudspeaker, as any program may.
+  void play(const std::vector<std::int16_t> &samples, int rate) const { play(samples, "spk", rate); }
   [[nodiscard]] std::unique_ptr<Recording> record() const;
 
   /// Runs `pactl` and gives what it says.
@@ -83,6 +86,7 @@ class SoundServer {
   [[nodiscard]] std::string address() const;
 
  private:
+  void play(const std::vector<std::int16_t> &samples, const std::string &sink, int rate) const;
   [[nodiscard]] std::string module(const std::vector<std::string> &arguments) const;
 
   TemporaryFolder m_folder;

@@ -1,0 +1,16 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+#include "ui/CustomPlot.h"
+
+#include <QMouseEvent>
+
+namespace velmora {
+
+void CustomPlot::mousePressEvent(QMouseEvent *event) {
+  if (event->button() != Qt::LeftButton) return AudioPlot::mousePressEvent(event);
+  event->accept();
+  const ClickHandler handler = m_handler;  // outlives its own replacement
+  if (handler) handler(*event);
+}
+
+}  // namespace velmora

@@ -1,0 +1,58 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/Alert.h"
+
+#include <gtest/gtest.h>
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QMessageBox>
+#include <QTimer>
+
+namespace velmora {
+namespace {
+
+/// Does something to the box that is shown next; the box waits for it.
+template <typename Deed>
+void meanwhile(const Deed &deed) {
+  QTimer::singleShot(0, qApp, [deed] {
+    auto *const box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+    ASSERT_NE(box, nullptr);
+    deed(*box);
+  });
+}
+
+void press(const QMessageBox &box, const QString &name) {
+  for (QAbstractButton *const button : box.buttons()) {
+    if (button->text() == name) return button->click();
+  }
+  ADD_FAILURE() << "there is no button " << name.toStdString();
+}
+
+TEST(Alert, TellsWhichButtonItWasAnsweredWith) {
+  const Alert question{.messageText = QStringLiteral("<b>What?</b>"),
+                       .informativeText = QStringLiteral("So?"),
+                       .style = AlertStyle::critical,
+                       .buttons = {QStringLiteral("Yes"), QStringLiteral("No"), QStringLiteral("Never")}};
+  meanwhile([](QMessageBox &box) {
+    EXPECT_EQ(box.text(), QStringLiteral("<b>What?</b>"));
+    EXPECT_EQ(box.textFormat(), Qt::PlainText);
+    EXPECT_EQ(box.informativeText(), QStringLiteral("So?"));
+    EXPECT_EQ(box.icon(), QMessageBox::Critical);
+    press(box, QStringLiteral("Never"));
+  });
+  EXPECT_EQ(showAlert(question), 2);
+  meanwhile([](QMessageBox &box) { press(box, QStringLiteral("Yes")); });
+  EXPECT_EQ(showAlert(question), 0);
+  meanwhile([](QMessageBox &box) { press(box, QStringLiteral("OK")); });
+  EXPECT_EQ(showAlert({.messageText = QStringLiteral("Well")}), 0);
+  meanwhile([](QMessageBox &box) { box.close(); });
+  EXPECT_EQ(showAlert({.messageText = QStringLiteral("Well")}), 0);
+
+  setAlertAnswer([](const Alert &alert) { return static_cast<int>(alert.buttons.size()) - 1; });
+  EXPECT_EQ(showAlert(question), 2);
+  setAlertAnswer({});
+}
+
+}  // namespace
+}  // namespace velmora

@@ -1,0 +1,241 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+//
+// What the plots draw, pixel by pixel.
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QImage>
+#include <QMouseEvent>
+#include <cmath>
+#include <limits>
+#include <thread>
+
+#include "platform/audio/AudioEngine.h"
+#include "platform/audio/Microphone.h"
+#include "support/EventLoop.h"
+#include "support/SoundServer.h"
+#include "ui/AssisView.h"
+#include "ui/CustomPlot.h"
+#include "ui/NodeOutputPlot.h"
+
+namespace velmora {
+namespace {
+
+constexpr int kWidth = 100;
+constexpr int kHeight = 80;
+
+QImage pictureOf(QWidget &widget, int scale = 1) {
+  QImage image(widget.size() * scale, QImage::Format_ARGB32_Premultiplied);
+  image.setDevicePixelRatio(scale);
+  image.fill(Qt::transparent);
+  widget.render(&image, {}, {}, QWidget::DrawChildren);
+  return image;
+}
+
+/// From where to where a column is coloured, in pixels, partly covered ones in proportion.
+struct Extent {
+  double top = 0;
+  double bottom = 0;
+};
+Extent extentAt(const QImage &image, int x) {
+  Extent extent{static_cast<double>(image.height()), 0};
+  for (int y = 0; y < image.height(); ++y) {
+    const double covered = qAlpha(image.pixel(x, y)) / 255.0;
+    if (covered == 0) continue;
+    extent.top = std::min(extent.top, y + 1 - covered);
+    extent.bottom = y + covered;
+  }
+  return extent;
+}
+
+double coloured(const QImage &image) {
+  double sum = 0;
+  for (int y = 0; y < image.height(); ++y) {
+    for (int x = 0; x < image.width(); ++x) sum += qAlpha(image.pixel(x, y)) / 255.0;
+  }
+  return sum;
+}
+
+/// The first half is `left`, the second `right`.
+std::vector<float> halves(float left, float right, std::size_t count = 1000) {
+  std::vector<float> samples(count, left);
+  std::fill(samples.begin() + static_cast<std::ptrdiff_t>(count / 2), samples.end(), right);
+  return samples;
+}
+
+TEST(AudioPlot, DrawsTheSamplesAsItIsToldTo) {
+  constexpr float nan = std::numeric_limits<float>::quiet_NaN();
+  constexpr float infinity = std::numeric_limits<float>::infinity();
+  const struct {
+    bool fill, mirror;
+    float gain;
+    std::vector<float> samples;
+    Extent left, right;  // half heights from the middle, upwards
+  } cases[] = {
+      {true, true, 1, halves(0.5F, -0.25F), {0.5, -0.5}, {0.25, -0.25}},
+      {true, false, 1, halves(0.5F, -0.25F), {0.5, 0}, {0, -0.25}},
+      {false, false, 1, halves(0.5F, -0.25F), {0.5, 0.5}, {-0.25, -0.25}},
+      {false, true, 1, halves(0.5F, -0.25F), {0.5, -0.5}, {0.25, -0.25}},
+      {true, true, 4, halves(0.5F, -0.125F), {1, -1}, {0.5, -0.5}},
+      {true, true, 1, halves(0, 0), {0, 0}, {0, 0}},
+      {true, true, 1, halves(nan, infinity), {0, 0}, {1, -1}},
+      {true, true, 1, halves(0.5F, -0.25F, 20), {0.5, -0.5}, {0.25, -0.25}},  // fewer than pixels
+      {true, true, 1, {0.5F}, {0.5, -0.5}, {0.5, -0.5}},
+  };
+  int number = 0;
+  for (const auto &one : cases) {
+    for (const int scale : {1, 2, 3}) {
+      SCOPED_TRACE(::testing::Message() << "case " << number << ", scale " << scale);
+      AudioPlot plot;
+      plot.resize(kWidth, kHeight);
+      plot.setShouldFill(one.fill);
+      plot.setShouldMirror(one.mirror);
+      plot.setGain(one.gain);
+      plot.setColor(Qt::red);
+      plot.updateBuffer(one.samples);
+      const QImage image = pictureOf(plot, scale);
+      EXPECT_EQ(image.pixel(0, image.height() / 2) | 0xffff, one.fill ? 0xffffffff : 0xffffU);
+      const double middle = image.height() / 2.0;
+      const double reach = middle - scale / 2.0;
+      for (const auto &[x, wanted] :
+           {std::pair(kWidth / 4, one.left), std::pair(kWidth * 3 / 4, one.right)}) {
+        const Extent drawn = extentAt(image, x * scale);
+        EXPECT_NEAR(drawn.top, middle - reach * wanted.top - scale / 2.0, 0.06);
+        EXPECT_NEAR(drawn.bottom, middle - reach * wanted.bottom + scale / 2.0, 0.06);
+      }
+    }
+    ++number;
+  }
+}
+
+TEST(AudioPlot, LosesNoPeakAndIsSharpOnADenseScreen) {
+  AudioPlot plot;
+  plot.resize(kWidth, kHeight);
+  plot.setShouldFill(true);
+  plot.setShouldMirror(true);
+  for (const std::size_t at : {3000U, 3001U, 3017U, 6999U}) {
+    std::vector<float> samples(10'000, 0);
+    samples[at] = -1;
+    plot.updateBuffer(samples);
+    const QImage image = pictureOf(plot, 2);
+    const int x = static_cast<int>(at / 50);  // 200 pixels wide
+    double tallest = 0;
+    for (int column = x - 1; column <= x + 1; ++column) {
+      const Extent drawn = extentAt(image, column);
+      tallest = std::max(tallest, drawn.bottom - drawn.top);
+    }
+    EXPECT_GT(tallest, kHeight) << at;
+    for (const int column : {x - 3, x + 3}) {
+      EXPECT_NEAR(extentAt(image, column).bottom - extentAt(image, column).top, 2, 0.1) << "is blurred";
+    }
+  }
+}
+
+TEST(AudioPlot, HasTheBackgroundThatItIsGivenAndNoSignalBeforeTheFirst) {
+  AudioPlot plot;
+  plot.resize(kWidth, kHeight);
+  EXPECT_EQ(coloured(pictureOf(plot)), 0);
+  plot.setBackgroundColor(Qt::blue);
+  EXPECT_EQ(pictureOf(plot).pixel(0, 0), qRgb(0, 0, 255));
+  plot.setBackgroundColor(Qt::transparent);
+  plot.updateBuffer(halves(0, 0));
+  EXPECT_NEAR(coloured(pictureOf(plot)), kWidth, 1);
+  plot.clear();
+  EXPECT_EQ(coloured(pictureOf(plot)), 0);
+  plot.updateBuffer({});
+  EXPECT_EQ(coloured(pictureOf(plot)), 0);
+}
+
+TEST(AudioPlot, RollsTheLoudnessFromTheRight) {
+  AudioPlot plot;
+  plot.resize(512, kHeight);
+  plot.setShouldFill(true);
+  plot.setShouldMirror(true);
+  plot.setPlotType(AudioPlot::PlotType::rolling);
+  for (int i = 0; i < 100; ++i) plot.updateBuffer(halves(0.5F, -0.5F));
+  for (int i = 0; i < 100; ++i) plot.updateBuffer(halves(0, 0));
+  const QImage image = pictureOf(plot);
+  EXPECT_NEAR(coloured(image), 512 + 100 * (kHeight - 1) * 0.5, 60);
+  EXPECT_NEAR(extentAt(image, 512 - 150).bottom - extentAt(image, 512 - 150).top, 40, 1);
+  EXPECT_NEAR(extentAt(image, 512 - 50).bottom - extentAt(image, 512 - 50).top, 1, 0.1);
+}
+
+TEST(CustomPlot, ACallbackHearsOfEachLeftPressOnce) {
+  QWidget behind;
+  CustomPlot plot(&behind);
+  QWidget child(&plot);  // as the live plot is
+  std::vector<int> heard;
+  const auto press = [](QWidget &target, QEvent::Type type = QEvent::MouseButtonPress,
+                        Qt::MouseButton button = Qt::LeftButton) {
+    QMouseEvent event(type, {1, 1}, {1, 1}, button, button, Qt::NoModifier);
+    event.setAccepted(false);
+    QApplication::sendEvent(&target, &event);
+    return event.isAccepted();
+  };
+  EXPECT_TRUE(press(plot)) << "goes no further without a callback";
+  plot.setClickListener([&](QMouseEvent &event) {
+    heard.push_back(1);
+    EXPECT_EQ(event.button(), Qt::LeftButton);
+    plot.setClickListener([&](QMouseEvent &) { heard.push_back(2); });
+  });
+  EXPECT_TRUE(press(plot));
+  EXPECT_TRUE(press(plot, QEvent::MouseButtonDblClick));
+  (void)press(plot, QEvent::MouseButtonRelease);
+  EXPECT_FALSE(press(plot, QEvent::MouseButtonPress, Qt::RightButton));
+  (void)press(child);
+  EXPECT_EQ(heard, (std::vector{1, 2, 2}));
+  plot.setClickListener({});
+  (void)press(plot);
+  EXPECT_EQ(heard.size(), 3U);
+}
+
+TEST(AssisView, IsWhite) {
+  AssisView view;
+  view.resize(20, 20);
+  QImage image(20, 20, QImage::Format_ARGB32_Premultiplied);
+  image.fill(Qt::transparent);
+  view.render(&image, {5, 5}, QRegion(5, 5, 10, 10), {});
+  EXPECT_EQ(coloured(image), 100);
+  EXPECT_EQ(image.pixel(5, 5), qRgb(255, 255, 255));
+}
+
+TEST(NodeOutputPlot, ShowsWhatIsSaidWhileItIsSaid) {
+  tests::SoundServer server;
+  AudioEngine engine;
+  Microphone microphone(engine);
+  QWidget window;
+  window.resize(600, 120);
+  NodeOutputPlot plot(microphone, window.rect(), &window);
+  plot.setShouldFill(true);
+  plot.setShouldMirror(true);
+  const auto area = [&] { return coloured(pictureOf(plot)); };
+  window.show();
+  const double flat = 600;
+  EXPECT_NEAR(area(), flat, 1);
+  engine.start();
+  EXPECT_TRUE(tests::runUntil([&] { return engine.state() == AudioEngine::State::running; }));
+  // Half of full scale all the time, so that every moment looks the same, but for its ends.
+  std::thread speaker([&] {
+    std::vector<std::int16_t> said(2 * 44100);
+    for (std::size_t i = 0; i < said.size(); ++i) said[i] = i / 40 % 2 == 0 ? 16384 : -16384;
+    server.say(said);
+  });
+  EXPECT_TRUE(tests::runUntil([&] { return std::abs(area() - (flat + 119 * 300)) < 2000; }));
+  // Between two buffers it moves.
+  EXPECT_TRUE(tests::runUntil([&] {
+    const auto number = microphone.newest().number;
+    const QImage before = pictureOf(plot);
+    return tests::runUntil([&] { return pictureOf(plot) != before; }) && microphone.newest().number == number;
+  }));
+  EXPECT_TRUE(tests::runUntil([&] { return std::abs(area() - flat) < 1; })) << "after the last word";
+  speaker.join();
+  server.plugHum("hum");
+  server.setDefaultMicrophone("hum");
+  EXPECT_TRUE(tests::runUntil([&] { return area() > 2 * flat; }));
+  server.kill();
+  EXPECT_TRUE(tests::runUntil([&] { return std::abs(area() - flat) < 1; })) << "no frozen picture";
+}
+
+}  // namespace
+}  // namespace velmora
