@@ -103,11 +103,13 @@ void AudioPlot::paintEvent(QPaintEvent *event) {
   if (m_samples.empty()) return;
   painter.setRenderHint(QPainter::Antialiasing);
 
-  // Half the line's width stays free at the edges.
-  constexpr double line = 1;
-  const double middle = height() / 2.0;
+  // Silence is a line of whole pixels of the screen: between two rows it would be a blur of both.
+  const double scale = painter.deviceTransform().m11();
+  const double rows = std::round(height() * scale);
+  const double line = std::max(1.0, std::round(scale)) / scale;
+  const double middle = std::floor((rows - line * scale) / 2) / scale + line / 2;
   const double reach = std::max(0.0, middle - line / 2);
-  const QPolygonF signal = outline(painter.device()->devicePixelRatioF());
+  const QPolygonF signal = outline(scale);
   const auto draw = [&](double direction) {
     QPolygonF points = signal;
     for (QPointF &point : points) point.setY(middle - direction * reach * point.y());
