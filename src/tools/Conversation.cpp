@@ -12,6 +12,7 @@
 #include "tools/StandardOutput.h"
 #include "tools/TurnAudio.h"
 #include "tools/TurnRecorder.h"
+#include "tools/VoiceLine.h"
 
 namespace velmora {
 namespace {
@@ -33,6 +34,36 @@ class ApiEngine : public TurnEngine {
   API m_api;
 };
 
+/// The same, closing the microphone with the turn's audio.
+class VoiceEngine final : public ApiEngine {
+ public:
+  VoiceEngine(TurnRecorder &recorder, const ServiceAccess &service, VoiceLine &line)
+      : ApiEngine(recorder, service), m_line(line) {}
+
+  void endAudio() override {
+    m_line.stopListening();
+    ApiEngine::endAudio();
+  }
+
+ private:
+  VoiceLine &m_line;
+};
+
+/// Prints a turn and saves its answer. `turns`: how many there may be in all. Throws when it failed.
+void report(const Turn &turn, std::size_t number, std::size_t turns, const Options &options,
+            const ServiceAccess &service) {
+  const bool answered = turn.outcome == Turn::Outcome::answered;
+  if (options.json) {
+    writeAll(STDOUT_FILENO, jsonReport(turn), Interruption::arrived);
+  } else if (answered) {
+    writeAll(STDOUT_FILENO, textReport(turn), Interruption::arrived);
+  }
+  if (!answered) throw ServiceError(explain(turn, service.description()));
+  if (!options.saveAnswer) return;
+  if (turn.audio.empty()) throw std::runtime_error("the answer cannot be saved: it has no sound");
+  saveAnswer(answerFile(*options.saveAnswer, number, turns), turn.audio);
+}
+
 }  // namespace
 
 void converse(const Options &options, const Interruption &interruption) {
@@ -44,16 +75,27 @@ void converse(const Options &options, const Interruption &interruption) {
                      {.volume = options.volume, .fast = options.fast, .timeout = options.timeout});
   for (std::size_t i = 0; i < options.audio.size(); ++i) {
     const Turn turn = turns.run(*turnAudio(options.audio[i], wake.descriptor()));
-    const bool answered = turn.outcome == Turn::Outcome::answered;
-    if (options.json) {
-      writeAll(STDOUT_FILENO, jsonReport(turn), Interruption::arrived);
-    } else if (answered) {
-      writeAll(STDOUT_FILENO, textReport(turn), Interruption::arrived);
-    }
-    if (!answered) throw ServiceError(explain(turn, service.description()));
-    if (!options.saveAnswer) continue;
-    if (turn.audio.empty()) throw std::runtime_error("the answer cannot be saved: it has no sound");
-    saveAnswer(answerFile(*options.saveAnswer, i + 1, options.audio.size()), turn.audio);
+    report(turn, i + 1, options.audio.size(), options, service);
+  }
+}
+
+void converseByVoice(const Options &options, const Interruption &interruption) {
+  const WakePipe &wake = interruption.wake();
+  VoiceLine line(options.device, wake, Interruption::arrived, options.verbose);
+  const ServiceAccess service(options, wake.descriptor());
+  TurnRecorder recorder(wake);
+  VoiceEngine engine(recorder, service, line);
+  // The microphone keeps the time itself.
+  ConverseTurn turns(engine, recorder, wake, Interruption::arrived,
+                     {.volume = options.volume, .fast = true, .timeout = options.timeout});
+  for (std::size_t number = 1;; ++number) {
+    line.listen();
+    const Turn turn = turns.run(line);
+    line.stopListening();
+    report(turn, number, kVoiceTurns, options, service);
+    if (!turn.audio.empty()) line.speak(turn.audio);
+    if (Interruption::arrived()) throw std::runtime_error("interrupted");
+    if (!turn.followOn) return;
   }
 }
 

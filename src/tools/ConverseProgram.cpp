@@ -10,6 +10,7 @@
 #include "foundation/Log.h"
 #include "tools/AnswerFile.h"
 #include "tools/Conversation.h"
+#include "tools/MicrophoneSource.h"
 #include "tools/Options.h"
 #include "tools/Report.h"
 #include "tools/SignIn.h"
@@ -30,6 +31,10 @@ void run(const std::vector<std::string> &arguments) {
     const bool help = options.action == Options::Action::showHelp;
     return writeAll(STDOUT_FILENO, help ? Options::help() : Options::version(), [] { return false; });
   }
+  if (options.action == Options::Action::listDevices) {
+    setLogSink({});
+    return writeAll(STDOUT_FILENO, describeMicrophones(), [] { return false; });
+  }
   setLogSink(options.verbose ? standardErrorSink() : LogSink());
   const Interruption interruption;
   if (options.action != Options::Action::converse) {
@@ -38,8 +43,13 @@ void run(const std::vector<std::string> &arguments) {
     return writeAll(STDOUT_FILENO, said + '\n', Interruption::arrived);
   }
   checkAudio(options.audio);
-  if (options.saveAnswer) checkAnswerFiles(*options.saveAnswer, options.audio.size());
-  converse(options, interruption);
+  const std::size_t turns = options.microphone ? kVoiceTurns : options.audio.size();
+  if (options.saveAnswer) checkAnswerFiles(*options.saveAnswer, turns);
+  if (options.microphone) {
+    converseByVoice(options, interruption);
+  } else {
+    converse(options, interruption);
+  }
 }
 
 }  // namespace

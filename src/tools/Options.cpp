@@ -26,6 +26,9 @@ enum Option : int {
   kFast,
   kTimeout,
   kVerbose,
+  kMicrophone,
+  kDevice,
+  kListDevices,
   kSignIn,
   kSignOut,
   kHelp,
@@ -43,6 +46,9 @@ constexpr std::array kOptions{option{"deployment", required_argument, nullptr, k
                               option{"fast", no_argument, nullptr, kFast},
                               option{"timeout", required_argument, nullptr, kTimeout},
                               option{"verbose", no_argument, nullptr, kVerbose},
+                              option{"microphone", no_argument, nullptr, kMicrophone},
+                              option{"device", required_argument, nullptr, kDevice},
+                              option{"list-devices", no_argument, nullptr, kListDevices},
                               option{"sign-in", no_argument, nullptr, kSignIn},
                               option{"sign-out", no_argument, nullptr, kSignOut},
                               option{"help", no_argument, nullptr, kHelp},
@@ -112,9 +118,17 @@ bool takesValue(int value) {
   });
 }
 
+std::string nameOf(Options::Action action) {
+  switch (action) {
+    case Options::Action::listDevices: return nameOf(kListDevices);
+    case Options::Action::signIn: return nameOf(kSignIn);
+    default: return nameOf(kSignOut);
+  }
+}
+
 void setAction(Options &options, Options::Action action) {
   if (options.action != Options::Action::converse && options.action != action) {
-    throw UsageError("--sign-in and --sign-out exclude each other");
+    throw UsageError(nameOf(options.action) + " and " + nameOf(action) + " exclude each other");
   }
   options.action = action;
 }
@@ -134,6 +148,9 @@ void set(Options &options, int value, const std::string &argument) {
     case kJson: options.json = true; break;
     case kFast: options.fast = true; break;
     case kTimeout: options.timeout = timeoutOf(argument); break;
+    case kMicrophone: options.microphone = true; break;
+    case kDevice: options.device = argument; break;
+    case kListDevices: setAction(options, Options::Action::listDevices); break;
     case kSignIn: setAction(options, Options::Action::signIn); break;
     case kSignOut: setAction(options, Options::Action::signOut); break;
     default: options.verbose = true; break;
@@ -145,10 +162,17 @@ void checkTogether(const Options &options) {
   if (options.local && options.endpoint) throw UsageError("--local and --endpoint exclude each other");
   if (options.local && options.roots) throw UsageError("--local and --roots exclude each other");
   if (options.action != Options::Action::converse) {
-    const char *const name = options.action == Options::Action::signIn ? "--sign-in" : "--sign-out";
-    if (!options.audio.empty()) throw UsageError(std::string(name) + " takes no audio");
-    if (options.token) throw UsageError(std::string(name) + " and --token exclude each other");
-    if (options.endpoint) throw UsageError(std::string(name) + " and --endpoint exclude each other");
+    const std::string name = nameOf(options.action);
+    if (!options.audio.empty()) throw UsageError(name + " takes no audio");
+    if (options.microphone) throw UsageError(name + " and --microphone exclude each other");
+    if (options.token) throw UsageError(name + " and --token exclude each other");
+    if (options.endpoint) throw UsageError(name + " and --endpoint exclude each other");
+    return;
+  }
+  if (options.device && !options.microphone) throw UsageError("--device needs --microphone");
+  if (options.microphone) {
+    if (options.fast) throw UsageError("--fast and --microphone exclude each other");
+    if (!options.audio.empty()) throw UsageError("--microphone takes no audio");
     return;
   }
   if (options.audio.empty()) throw UsageError("no audio file is given");
@@ -204,7 +228,8 @@ Options Options::parse(const std::vector<std::string> &arguments) {
 
 std::string Options::help() {
   return R"(Usage: velmora-converse [OPTION]... AUDIO...
-       velmora-converse [OPTION]... --sign-in | --sign-out
+       velmora-converse [OPTION]... --microphone
+       velmora-converse [OPTION]... --list-devices | --sign-in | --sign-out
 
 Speaks each AUDIO file to the assistant, one turn of a conversation after the
 other, and prints what was understood and answered. AUDIO is a sound file of any
@@ -228,6 +253,10 @@ The account:
   --sign-out              revoke and forget them
 
 The conversation:
+  --microphone            speak and be answered aloud, in place of AUDIO; goes on
+                          as long as the assistant asks back
+  --device NAME           another microphone than the default
+  --list-devices          the microphones: name, description, "default"
   --fast                  send the audio at once and not in real time
   --volume N              the volume asked for, 0 to 100 (default 100)
   --timeout S             longest wait for the service after the last audio, in
@@ -235,8 +264,9 @@ The conversation:
 
 What comes out:
   --json                  one JSON object a turn on standard output
-  --save-answer FILE      write the spoken answer (MP3); with several turns to
-                          FILE-1, FILE-2, ..., the number before the extension
+  --save-answer FILE      write the spoken answer (MP3); with several turns or the
+                          microphone to FILE-1, FILE-2, ..., the number before the
+                          extension
   --verbose               the engine's log on standard error
   --help, --version       this text, the version
 

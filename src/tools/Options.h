@@ -26,7 +26,7 @@ class UsageError : public std::runtime_error {
 
 /// The command line of velmora-converse.
 struct Options {
-  enum class Action { converse, signIn, signOut, showHelp, showVersion };
+  enum class Action { converse, listDevices, signIn, signOut, showHelp, showVersion };
 
   Action action = Action::converse;
   std::optional<std::filesystem::path> deployment;
@@ -40,7 +40,9 @@ struct Options {
   bool fast = false;
   bool verbose = false;
   std::chrono::milliseconds timeout{30'000};
-  std::vector<std::string> audio;  ///< files in the order of the turns; "-" is standard input
+  bool microphone = false;            ///< instead of audio files
+  std::optional<std::string> device;  ///< the microphone's name; absent: the user's default
+  std::vector<std::string> audio;     ///< files in the order of the turns; "-" is standard input
 
   /// Reads the arguments that follow the program's name. Throws `UsageError`; no message repeats a token.
   [[nodiscard]] static Options parse(const std::vector<std::string> &arguments);

@@ -43,6 +43,9 @@ TEST(Options, ReadsEveryOptionWhereverItStands) {
   EXPECT_TRUE(options.json && options.fast && options.verbose);
   EXPECT_EQ(options.timeout, std::chrono::milliseconds(250));
   EXPECT_THAT(options.audio, ElementsAre("a b.wav", "-", "gr\xfc\xdf.wav", "--local"));
+  const Options voice = Options::parse({"--microphone", "--device=usb"});
+  EXPECT_TRUE(voice.microphone && voice.device == "usb" && voice.audio.empty());
+  EXPECT_EQ(Options::parse({"--list-devices"}).action, Options::Action::listDevices);
   EXPECT_EQ(Options::parse({"--fast", "--version", "--nonsense"}).action, Options::Action::showVersion);
 }
 
@@ -55,6 +58,10 @@ TEST(Options, SaysWhatIsWrongWithoutRepeatingAToken) {
       {{}, {"--local", "--"}, "no audio file"},
       {{"a.wav"}, {"--bogus", "--tokn=secret", "-x", "-5"}, "unknown option '-"},
       {{"a.wav"}, {"--t", "--t=secret"}, "may be any of --token --timeout"},
+      {{"--microphone"}, {"a.wav", "-"}, "--microphone takes no audio"},
+      {{"--microphone"}, {"--fast", "--sign-in", "--list-devices"}, "--microphone exclude each other"},
+      {{"a.wav", "--device=usb"}, {"b.wav"}, "--device needs --microphone"},
+      {{"--list-devices"}, {"--sign-in", "--sign-out"}, "--list-devices and --sign-"},
       {{"a.wav"}, {"--json=1"}, "--json takes no value"},
       {{"a.wav"}, {"--token", "--token=", "--roots="}, " needs a value"},
       {{"a.wav", "--token"}, {"secret\n", "secret s\xc3\xa9"}, "--token takes printable"},
