@@ -3,7 +3,9 @@
 #pragma once
 
 #include <QColor>
+#include <QImage>
 #include <QWidget>
+#include <cstddef>
 #include <span>
 #include <vector>
 
@@ -51,7 +53,13 @@ class AudioPlot : public QWidget {
   void paintEvent(QPaintEvent *event) override;
 
  private:
-  [[nodiscard]] QPolygonF outline(double scale) const;
+  /// Where silence is, how far full scale is from it, and how thick it is drawn; in pixels of the screen.
+  struct Middle {
+    float middle, reach, line;
+  };
+
+  [[nodiscard]] std::vector<float> signal(std::size_t columns) const;
+  void fillArea(const std::vector<float> &values, int rows, const Middle &in);
 
   PlotType m_plotType = PlotType::buffer;
   bool m_shouldFill = false;
@@ -60,6 +68,7 @@ class AudioPlot : public QWidget {
   QColor m_color = Qt::black;
   QColor m_backgroundColor = Qt::transparent;
   float m_gain = 1;
+  QImage m_picture;              // of the signal, kept for its memory
   std::vector<float> m_samples;  // the newest, or the loudness so far
 };
 
