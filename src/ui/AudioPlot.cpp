@@ -181,7 +181,7 @@ void AudioPlot::fillArea(const std::vector<float> &values, int rows, const Middl
       const float above = std::clamp((centre - top[x].at) * top[x].perRow + 0.5F, 0.0F, 1.0F);
       const float below = std::clamp((bottom[x].at - centre) * bottom[x].perRow + 0.5F, 0.0F, 1.0F);
       const float covered = std::max(0.0F, above + below - 1);
-      pixels[x] = shades[static_cast<std::size_t>(covered * 255 + 0.5F)];
+      pixels[x] = shades[static_cast<std::size_t>(covered * 255.99F)];
     }
   }
 }
