@@ -36,9 +36,7 @@ TEST(MicrophonePlot, FillsItsViewChangesItsColourAndLetsClicksThrough) {
     plot.updatePlotWaveformColor();
   }
   QMouseEvent press(QEvent::MouseButtonPress, {9, 9}, {9, 9}, Qt::LeftButton, Qt::LeftButton, {});
-  press.setAccepted(false);
   QApplication::sendEvent(drawn, &press);
-  if (!press.isAccepted()) QApplication::sendEvent(&view, &press);
   EXPECT_EQ(clicks, 1);
 }
 
