@@ -10,15 +10,13 @@ class INPopoverController;
 /// popover, and does not destroy it. Main thread.
 class INPopoverControllerDelegate {
  public:
+  virtual ~INPopoverControllerDelegate() = default;
   virtual void popoverWillShow(INPopoverController & /*popover*/) {}
   virtual void popoverDidShow(INPopoverController & /*popover*/) {}
   /// Whether the popover may close now; not asked when it is closed by force.
   [[nodiscard]] virtual bool popoverShouldClose(INPopoverController & /*popover*/) { return true; }
   virtual void popoverWillClose(INPopoverController & /*popover*/) {}
   virtual void popoverDidClose(INPopoverController & /*popover*/) {}
-
- protected:
-  ~INPopoverControllerDelegate() = default;
 };
 
 }  // namespace velmora
