@@ -388,11 +388,10 @@ TEST_F(PopoverTest, TheStatusItemsPopoverHangsBelowARectangleOfTheDesktop) {
     status.show(button.rect(), &button, c.edge);
     EXPECT_EQ(status.controller().arrowDirection(), c.direction);
     ASSERT_TRUE(runUntil([&] { return bubble.isActiveWindow(); }));
-    // The window manager may still be about to answer the popover's own wish for the focus.
-    ASSERT_TRUE(runUntil([&] {
-      window.activateWindow();
-      return !status.isShown();
-    }));
+    QWidget elsewhere;
+    elsewhere.show();
+    elsewhere.activateWindow();
+    ASSERT_TRUE(runUntil([&] { return !status.isShown(); }));
   }
 }
 
