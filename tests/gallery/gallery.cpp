@@ -3,7 +3,7 @@
 //
 // Shows what there is to see on the present display and takes a picture of it, for people to look at.
 //
-//   gallery [--dark] PICTURE.png
+//   velmora-gallery [--dark] [--composited] PICTURE.png      the latter waits for a compositor first
 #include <QApplication>
 #include <QFormLayout>
 #include <QLabel>
@@ -13,9 +13,11 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QStyleFactory>
+#include <QThread>
 #include <QTimer>
 #include <cstdio>
 
+#include "platform/window/Compositor.h"
 #include "ui/popover/INPopoverController.h"
 #include "ui/popover/Popover.h"
 #include "ui/popover/popOverView.h"
@@ -78,7 +80,7 @@ class Form : public ViewController {
     layout->addRow(QStringLiteral("&Name"), name);
     layout->addRow(QStringLiteral("&Place"), new QLineEdit(QStringLiteral("London"), &m_view));
     layout->addRow(new QPushButton(QStringLiteral("&Sign in"), &m_view));
-    m_view.resize(220, 118);
+    m_view.resize(220, layout->sizeHint().height());
   }
   QWidget &view() override { return m_view; }
 
@@ -86,7 +88,7 @@ class Form : public ViewController {
   QWidget m_view;
 };
 
-/// Both wave views, each in a corner that suits it.
+/// Both wave views, side by side.
 class Waves : public QWidget {
  public:
   Waves() : QWidget(nullptr, Qt::FramelessWindowHint), m_speech(this), m_level(this) {
@@ -113,6 +115,9 @@ int main(int argc, char **argv) {
   const bool dark = arguments.contains(QStringLiteral("--dark"));
   QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
   if (dark) QApplication::setPalette(darkPalette());
+  if (arguments.contains(QStringLiteral("--composited"))) {
+    while (!desktopIsComposited()) QThread::msleep(20);
+  }
   Desktop desktop(dark);
   Waves waves;
   desktop.show();
