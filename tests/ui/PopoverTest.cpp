@@ -319,6 +319,11 @@ TEST_F(PopoverTest, SurvivesWhatGoesInTheMiddle) {
   popover.setDelegate(&again);
   present();
   EXPECT_TRUE(runUntil([&] { return again.shown == 2; }));
+  // The end of the program closes every window, and waits for none that objects.
+  popover.setDelegate(&record);
+  record.mayClose = false;
+  EXPECT_TRUE(popover.popoverWindow().windowHandle()->close());
+  EXPECT_THAT(record.calls, ElementsAre("willClose visible", "didClose"));
 }
 
 /// The pixel of the screen, as a user sees it.

@@ -225,6 +225,12 @@ void INPopoverController::forceClosePopover() {
   }
 }
 
+void INPopoverController::popoverWindowWillClose() {
+  if (!popoverIsVisible()) return;
+  if (m_delegate) m_delegate->popoverWillClose(*this);
+  closePopoverAndResetVariables();
+}
+
 void INPopoverController::closePopoverAndResetVariables() {
   m_popoverWindow->orderOut();
   if (m_delegate) m_delegate->popoverDidClose(*this);

@@ -51,6 +51,9 @@ class INPopoverController {
   /// Closes without asking. Nothing when not visible.
   void forceClosePopover();
 
+  /// Closes at once: the desktop is about to close the window. Nothing when not visible.
+  void popoverWindowWillClose();
+
   /// Chooses the arrow's side anew, the present one preferred.
   void recalculateAndResetArrowDirection();
 

@@ -195,8 +195,9 @@ bool INPopoverWindow::event(QEvent *event) {
 }
 
 void INPopoverWindow::closeEvent(QCloseEvent *event) {
-  event->ignore();
-  m_popoverController.closePopover();
+  // The window manager or the end of the program, which an ignored event would hold up.
+  event->accept();
+  m_popoverController.popoverWindowWillClose();
 }
 
 void INPopoverWindow::keyPressEvent(QKeyEvent *event) {
