@@ -46,7 +46,7 @@ INPopoverController::INPopoverController(ViewController *contentViewController)
   setContentViewController(contentViewController);
 }
 
-INPopoverController::~INPopoverController() = default;
+INPopoverController::~INPopoverController() { m_positionView.clear(); }
 
 QWidget *INPopoverController::contentView() const {
   return m_contentViewController ? &m_contentViewController->view() : nullptr;

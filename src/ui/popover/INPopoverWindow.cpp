@@ -5,7 +5,6 @@
 #include <QCloseEvent>
 #include <QKeyEvent>
 #include <QPainter>
-#include <QTimer>
 #include <QWindow>
 
 #include "platform/window/Compositor.h"
@@ -187,7 +186,7 @@ bool INPopoverWindow::event(QEvent *event) {
     place();
   } else if (event->type() == QEvent::WindowDeactivate) {
     // On the next turn, when it is known whether another application has the focus.
-    QTimer::singleShot(0, this, [this] {
+    MainQueue::main().async(m_alive, [this] {
       if (isVisible() && !isKeyWindow()) Q_EMIT didResignKey();
     });
   }

@@ -8,6 +8,7 @@
 #include <functional>
 #include <memory>
 
+#include "foundation/MainQueue.h"
 #include "ui/popover/INPopoverWindowFrame.h"
 #include "ui/popover/PopoverZoomWindow.h"
 
@@ -97,6 +98,7 @@ class INPopoverWindow : public QWidget {
   QVariantAnimation m_alphaAnimation;
   QVariantAnimation m_frameAnimation;
   std::unique_ptr<PopoverZoomWindow> m_zoomWindow;
+  Alive m_alive;
 };
 
 }  // namespace velmora

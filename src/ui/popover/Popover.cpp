@@ -38,10 +38,12 @@ void Popover::setContentViewController(ViewController *controller) {
 void Popover::show(const QRectF &rect, QWidget *view, RectEdge preferredEdge) {
   if (isShown()) return;
   const QPalette palette = QGuiApplication::palette();
-  QColor border = palette.color(QPalette::WindowText);
-  border.setAlphaF(0.25F);
-  m_controller.setColor(palette.color(QPalette::Window));
-  m_controller.setBorderColor(border);
+  const QColor window = palette.color(QPalette::Window);
+  const QColor text = palette.color(QPalette::WindowText);
+  const auto mix = [](int a, int b) { return (3 * a + b) / 4; };
+  m_controller.setColor(window);
+  m_controller.setBorderColor(QColor(mix(window.red(), text.red()), mix(window.green(), text.green()),
+                                     mix(window.blue(), text.blue())));
   m_controller.setBorderWidth(1);
   m_controller.presentPopoverFromRect(rect, view, arrowFor(preferredEdge), view != nullptr);
 }
