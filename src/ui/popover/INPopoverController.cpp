@@ -46,7 +46,7 @@ INPopoverController::INPopoverController(ViewController *contentViewController)
   setContentViewController(contentViewController);
 }
 
-INPopoverController::~INPopoverController() { m_positionView.clear(); }
+INPopoverController::~INPopoverController() = default;
 
 QWidget *INPopoverController::contentView() const {
   return m_contentViewController ? &m_contentViewController->view() : nullptr;
