@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "auth/Authenticator.h"
+#include "platform/ViewController.h"
 #include "platform/web/WebView.h"
 
 namespace Ui {
@@ -17,13 +18,18 @@ namespace velmora {
 
 /// The sign-in screen: the provider's pages, and the consent page afresh whenever they lead back here. That
 /// the user is signed in shows in the settings only. Main thread.
-class LoginViewController : public QWidget, private WebFrameLoadDelegate, private WebPolicyDelegate {
+class LoginViewController : public QWidget,
+                            public ViewController,
+                            private WebFrameLoadDelegate,
+                            private WebPolicyDelegate {
   Q_OBJECT
 
  public:
   /// `defaults` outlives the screen. Fatal without a client description, as `Authenticator` is.
   LoginViewController(const Deployment &deployment, UserDefaults &defaults, QWidget *parent = nullptr);
   ~LoginViewController() override;
+
+  [[nodiscard]] QWidget &view() override { return *this; }
 
   /// Shows the first page of the sign-in.
   void loadLoginUrl();

@@ -1,0 +1,198 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+#include <gmock/gmock.h>
+
+#include <QImage>
+#include <QPainter>
+
+#include "ui/UpwardAxis.h"
+#include "ui/popover/INPopoverWindowFrame.h"
+#include "ui/popover/PopoverGeometry.h"
+
+static void PrintTo(const QRectF &rect, std::ostream *stream) {
+  *stream << '(' << rect.x() << ' ' << rect.y() << ' ' << rect.width() << ' ' << rect.height() << ')';
+}
+
+namespace velmora {
+namespace {
+
+using enum ArrowDirection;
+using testing::ElementsAre;
+
+TEST(PopoverGeometry, TheFrameSitsAtTheAnchorAndHalvesAreFloored) {
+  struct Case {
+    QSizeF size;
+    QRectF anchor;
+    QRectF expected[5];  // by the number of the direction
+  };
+  const Case cases[] = {
+      {{224, 124},
+       {500, 300, 20, 10},
+       {{}, {520, 243, 224, 124}, {276, 243, 224, 124}, {398, 176, 224, 124}, {398, 310, 224, 124}}},
+      // Halves of odd sizes are floored, halves of the anchor are not.
+      {{225, 125},
+       {500, 300, 21, 11},
+       {{}, {521, 243.5, 225, 125}, {275, 243.5, 225, 125}, {398.5, 175, 225, 125}, {398.5, 311, 225, 125}}},
+      {{10, 10},
+       {-5.5, -2, 0, 0},
+       {{}, {-5.5, -7, 10, 10}, {-15.5, -7, 10, 10}, {-10.5, -12, 10, 10}, {-10.5, -2, 10, 10}}},
+  };
+  for (const Case &c : cases) {
+    for (int direction = 0; direction < 5; ++direction)
+      EXPECT_EQ(popoverFrame(c.size, ArrowDirection{direction}, c.anchor), c.expected[direction])
+          << direction;
+    EXPECT_EQ(popoverFrame(c.size, ArrowDirection{9}, c.anchor), QRectF());
+  }
+}
+
+TEST(PopoverGeometry, TheArrowGoesWhereTheBubbleFits) {
+  struct Case {
+    const char *what;
+    ArrowDirection preferred;
+    QRectF anchor;
+    QRectF screen;
+    ArrowDirection expected;
+  };
+  constexpr QRectF kScreen(0, 0, 1000, 800);
+  constexpr QRectF kUpper(0, 800, 1000, 800);
+  constexpr ArrowDirection kStrange{7};
+  const Case cases[] = {
+      {"fits and stays though there is more room elsewhere", up, {480, 150, 20, 20}, kScreen, up},
+      {"fits", down, {480, 150, 20, 20}, kScreen, down},
+      {"fits", left, {480, 400, 20, 20}, kScreen, left},
+      {"fits", right, {480, 400, 20, 20}, kScreen, right},
+      {"at the top, above does not fit", down, {480, 780, 20, 20}, kScreen, up},
+      {"at the bottom, below does not fit", up, {480, 0, 20, 20}, kScreen, down},
+      {"at the right edge", left, {980, 400, 20, 20}, kScreen, right},
+      {"at the left edge", right, {0, 400, 20, 20}, kScreen, left},
+      {"touches the edge exactly, which is inside", left, {780, 400, 20, 20}, kScreen, left},
+      {"half a pixel too far", left, {780.5, 400, 20, 20}, kScreen, right},
+      {"neither side, more room above", left, {100, 200, 800, 20}, kScreen, down},
+      {"neither side, more room below", right, {100, 600, 800, 20}, kScreen, up},
+      {"neither side, as much room on both", left, {100, 390, 800, 20}, kScreen, down},
+      {"nowhere", up, {480, 20, 20, 760}, kScreen, up},
+      {"nowhere", right, {0, 0, 1000, 800}, kScreen, right},
+      {"no screen", down, {480, 400, 20, 20}, {}, down},
+      // The middle of the upper screen is above the whole of its height: taken for less room above.
+      {"a screen above another, where only above would do", left, {100, 810, 800, 20}, kUpper, left},
+      {"the same with the room below", left, {100, 1500, 800, 20}, kUpper, up},
+      {"no direction", none, {480, 400, 20, 20}, kScreen, none},
+      {"a strange one", kStrange, {480, 400, 20, 20}, kScreen, kStrange},
+  };
+  for (const Case &c : cases)
+    EXPECT_EQ(chooseArrowDirection(c.preferred, {200, 100}, c.anchor, c.screen), c.expected)
+        << c.what << ", preferred " << static_cast<int>(c.preferred);
+  EXPECT_EQ(oppositeDirection(kStrange), none);
+}
+
+/// The end points of the path's pieces, curves without their control points.
+QList<QPointF> corners(const QPainterPath &path) {
+  QList<QPointF> points;
+  for (int i = 0; i < path.elementCount(); ++i) {
+    const QPainterPath::Element element = path.elementAt(i);
+    if (element.isCurveTo()) i += 2;
+    const QPointF point = path.elementAt(i);
+    const QPointF rounded(std::round(point.x() * 1e6) / 1e6, std::round(point.y() * 1e6) / 1e6);
+    if (points.isEmpty() || points.last() != rounded) points.append(rounded);
+  }
+  return points;
+}
+
+TEST(PopoverGeometry, TheOutlineRunsCounterClockwiseWithTheArrowOnItsSide) {
+  const QPointF box[] = {{12, 16}, {16, 12}, {108, 12}, {112, 16}, {112, 67}, {108, 71}, {16, 71}, {12, 67}};
+  // The rectangle's middle is (62, 41.5): 62 - 11.5, 62, 62 + 11.5 and 41.5 - 11.5, 41.5, 53 are floored.
+  struct Case {
+    ArrowDirection direction;
+    int after;  // the corners of the box before the arrow
+    QList<QPointF> arrow;
+  };
+  const Case cases[] = {
+      {none, 8, {}},
+      {down, 2, {{50, 12}, {62, 0}, {73, 12}}},
+      {right, 4, {{112, 30}, {124, 41}, {112, 53}}},
+      {up, 6, {{73, 71}, {62, 83}, {50, 71}}},
+      {left, 8, {{12, 53}, {0, 41}, {12, 30}}},
+  };
+  for (const Case &c : cases) {
+    QList<QPointF> expected(std::begin(box), std::begin(box) + c.after);
+    expected += c.arrow;
+    expected.append(QList<QPointF>(std::begin(box) + c.after, std::end(box)));
+    expected.append(box[0]);
+    BubbleShape shape;
+    shape.arrowDirection = c.direction;
+    const QPainterPath path = shape.path({0, 0, 124, 83});
+    EXPECT_EQ(corners(path), expected) << static_cast<int>(c.direction);
+    EXPECT_FALSE(path.contains(QPointF(12.4, 12.4))) << "a corner is round";
+    EXPECT_TRUE(path.contains(QPointF(14, 14)));
+  }
+  BubbleShape square;
+  square.cornerRadius = 0;
+  square.arrowDirection = none;
+  EXPECT_EQ(corners(square.path({0, 0, 100, 50})).size(), 5);
+  EXPECT_TRUE(square.path({0, 0, 100, 50}).contains(QPointF(12.1, 12.1)));
+}
+
+TEST(PopoverGeometry, TheHighlightLeavesOutTheArrow) {
+  BubbleShape shape;
+  EXPECT_THAT(shape.topHighlight({0, 0, 125, 84}, 1), ElementsAre(QRectF(14, 70, 97, 1)));
+  shape.arrowDirection = up;
+  // 97 / 2 - 11.5 and 97 / 2 + 14 + 11.5
+  EXPECT_THAT(shape.topHighlight({0, 0, 125, 84}, 1),
+              ElementsAre(QRectF(14, 70, 37, 1), QRectF(74, 70, 37, 1)));
+}
+
+TEST(PopoverGeometry, OneAxisTurnsIntoTheOtherAndBack) {
+  EXPECT_EQ(turned({10, 20, 30, 40}, 100), QRectF(10, 40, 30, 40));
+  EXPECT_EQ(turnedOnDesktop(turnedOnDesktop({10, -20, 30, 40.5})), QRectF(10, -20, 30, 40.5));
+  struct Case {
+    QRectF rect;
+    QRect expected;
+  };
+  for (const Case &c :
+       {Case{{10.5, 20.5, 225, 125}, {11, 21, 225, 125}}, Case{{-10.5, -0.5, 225, 125}, {-10, 0, 225, 125}},
+        Case{{-10.75, 0.25, 1, 2}, {-11, 0, 1, 2}}})
+    EXPECT_EQ(wholePixels(c.rect), c.expected);
+}
+
+TEST(PopoverGeometry, TheFrameDrawsBubbleBorderAndHighlight) {
+  for (const bool opaque : {false, true}) {
+    INPopoverWindowFrame frame;
+    frame.resize(124, 84);
+    frame.setColor(QColor(0, 0, 200, 128));
+    frame.setBorderColor(Qt::red);
+    frame.setBorderWidth(1);
+    frame.setTopHighlightColor(Qt::green);
+    frame.setArrowDirection(up);
+    frame.setOpaque(opaque);
+    QImage image(frame.size() * 2, QImage::Format_ARGB32_Premultiplied);
+    image.setDevicePixelRatio(2);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    frame.drawRect(painter);
+    painter.end();
+    const auto at = [&](double x, double y) {
+      return image.pixelColor(static_cast<int>(x * 2), static_cast<int>(y * 2));
+    };
+    EXPECT_EQ(at(62, 40).alpha(), opaque ? 255 : 128);
+    EXPECT_NEAR(at(62, 40).blue(), 200, 1);
+    EXPECT_EQ(at(62, 40).red(), 0);
+    EXPECT_EQ(at(12.2, 40), Qt::red) << "the left border lies on whole pixels";
+    EXPECT_EQ(at(12.7, 40), Qt::red);
+    EXPECT_NE(at(13.2, 40), Qt::red);
+    EXPECT_EQ(at(20, 13.5), Qt::green);
+    EXPECT_NE(at(62, 13.5), Qt::green) << "under the arrow";
+    EXPECT_GT(at(62, 3).alpha(), 0) << "the arrow is above";
+    EXPECT_EQ(at(62, 82).alpha(), opaque ? 255 : 0);
+    EXPECT_EQ(at(12.2, 12.2), opaque ? QColor(Qt::red) : QColor(0, 0, 0, 0))
+        << "no dark corner under the mask";
+    const QRegion covered = frame.coveredPixels();
+    EXPECT_TRUE(covered.contains(QPoint(62, 4)));
+    EXPECT_TRUE(covered.contains(QPoint(12, 40)));
+    EXPECT_FALSE(covered.contains(QPoint(12, 12)));
+    EXPECT_FALSE(covered.contains(QPoint(11, 40)));
+    EXPECT_FALSE(covered.contains(QPoint(62, 72)));
+  }
+}
+
+}  // namespace
+}  // namespace velmora
