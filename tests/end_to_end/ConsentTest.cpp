@@ -15,7 +15,7 @@
 #include "auth/LoginViewController.h"
 #include "auth/LoginWindowController.h"
 #include "auth/TokenStore.h"
-#include "support/Desktop.h"
+#include "support/Press.h"
 #include "support/EventLoop.h"
 #include "support/Program.h"
 #include "support/TemporaryFolder.h"

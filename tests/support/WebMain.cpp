@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: Apache-2.0
 //
-// The main function of tests that show web pages: no display, or a private one for the tests that need a
-// person's presses, no sandbox for root, and a home of their own.
+// The main function of tests that show web pages: no display but the one they were given, no sandbox for root,
+// and a home of their own.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -10,9 +10,6 @@
 #include <optional>
 
 #include "support/TemporaryFolder.h"
-#ifdef VELMORA_TEST_DESKTOP
-#include "support/Desktop.h"
-#endif
 
 #if defined(__SANITIZE_ADDRESS__)
 // The engine deletes objects of its own as another type than it made them.
@@ -33,11 +30,12 @@ int main(int argc, char **argv) {
       qputenv(name, home->path().c_str());
     }
   }
-#ifdef VELMORA_TEST_DESKTOP
-  std::optional<velmora::tests::Desktop> desktop;
-  if (!testing::GTEST_FLAG(list_tests)) desktop.emplace();
-#endif
   if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+#if defined(__SANITIZE_ADDRESS__)
+  // The graphics drivers leak.
+  qputenv("QT_XCB_GL_INTEGRATION", "none");
+  qputenv("QT_QUICK_BACKEND", "software");
+#endif
   // Chromium does not run as root in its sandbox.
   if (::getuid() == 0) qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
   qputenv("QTWEBENGINE_CHROMIUM_FLAGS", "--disable-gpu");
