@@ -142,18 +142,20 @@ TEST(EmbeddedAssistantServer, AnotherMethodReachesNoProvider) {
 }
 
 TEST(EmbeddedAssistantServer, AReceiveHasPatienceAndLosesNothing) {
-  Host host([](Session &session) {
-    int empty = 0;
+  const Inbox<int> waited;
+  Host host([waited](Session &session) {
     std::optional<Request> request;
-    while (!(request = session.receive(std::chrono::milliseconds(1)))) ++empty;
-    session.send(audioResponse(empty > 0 && request->audioIn() == "late" ? "right" : "wrong"));
+    for (int empty = 1; !(request = session.receive(std::chrono::milliseconds(1))); ++empty) {
+      if (empty <= 3) waited.put(empty);
+    }
+    session.send(audioResponse(request->audioIn()));
   });
   const auto call = host.start();
-  std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  ASSERT_EQ(waited.waitFor(3).size(), 3U);
   Request request;
   request.setAudioIn("late");
   call->send(request);
-  EXPECT_EQ(call->receive().audioOut().audioData(), "right");
+  EXPECT_EQ(call->receive().audioOut().audioData(), "late");
 }
 
 TEST(EmbeddedAssistantServer, AProviderNoticesThatItsClientIsGone) {
