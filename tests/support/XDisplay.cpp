@@ -163,13 +163,15 @@ bool OtherProgram::hasFocus() {
   const Answer<xcb_get_input_focus_reply_t> focus(
       xcb_get_input_focus_reply(m_connection, xcb_get_input_focus(m_connection), nullptr));
   if (focus && focus->focus == m_window) return true;
-  // A manager that has just started may have found the window there already, and gives no focus then.
+  // A manager that has just started may have missed the window, or give no focus to what it found.
   const Answer<xcb_get_window_attributes_reply_t> attributes(xcb_get_window_attributes_reply(
       m_connection, xcb_get_window_attributes(m_connection, m_window), nullptr));
   if (attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE) {
     xcb_set_input_focus(m_connection, XCB_INPUT_FOCUS_PARENT, m_window, XCB_CURRENT_TIME);
-    xcb_flush(m_connection);
+  } else {
+    xcb_map_window(m_connection, m_window);
   }
+  xcb_flush(m_connection);
   return false;
 }
 
