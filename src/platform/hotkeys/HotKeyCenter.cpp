@@ -4,6 +4,7 @@
 
 #include <QGuiApplication>
 
+#include "platform/hotkeys/PortalHotKeyCenter.h"
 #include "platform/hotkeys/XcbHotKeyCenter.h"
 
 namespace velmora {
@@ -25,6 +26,9 @@ std::unique_ptr<HotKeyCenter> centerOfDesktop() {
   if (!QGuiApplication::instance()) return std::make_unique<NoHotKeyCenter>();
   const QString platform = QGuiApplication::platformName();
   if (platform == QLatin1String("xcb")) return std::make_unique<XcbHotKeyCenter>();
+  if (platform.startsWith(QLatin1String("wayland"))) {
+    return std::make_unique<PortalHotKeyCenter>(QDBusConnection::sessionBus());
+  }
   return std::make_unique<NoHotKeyCenter>();
 }
 
