@@ -66,7 +66,7 @@ PortalHotKeyCenter::PortalHotKeyCenter(const QDBusConnection &bus) : m_bus(bus) 
   qDBusRegisterMetaType<PortalShortcut>();
   qDBusRegisterMetaType<QList<PortalShortcut>>();
   m_bus.connect(kService, kPath, kInterface, QStringLiteral("Activated"), this,
-                SLOT(activated(QDBusObjectPath, QString, qulonglong, QVariantMap)));
+                SLOT(activated(QDBusMessage)));
 }
 
 PortalHotKeyCenter::~PortalHotKeyCenter() { closeSession(); }
@@ -170,9 +170,10 @@ void PortalHotKeyCenter::responded(const QDBusMessage &response) {
   answer(qdbus_cast<QVariantMap>(arguments.at(1)));
 }
 
-void PortalHotKeyCenter::activated(const QDBusObjectPath &session, const QString &shortcut, qulonglong,
-                                   const QVariantMap &) {
-  if (session.path() != m_session) return;
+void PortalHotKeyCenter::activated(const QDBusMessage &signal) {
+  const QVariantList arguments = signal.arguments();
+  if (arguments.size() < 2 || arguments.at(0).value<QDBusObjectPath>().path() != m_session) return;
+  const QString shortcut = arguments.at(1).toString();
   for (const auto &[id, trigger] : m_triggers) {
     if (trigger != shortcut) continue;
     press(id);

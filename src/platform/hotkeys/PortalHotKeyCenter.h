@@ -4,7 +4,6 @@
 
 #include <QDBusConnection>
 #include <QDBusMessage>
-#include <QDBusObjectPath>
 #include <QObject>
 #include <QString>
 #include <QVariantMap>
@@ -35,8 +34,7 @@ class PortalHotKeyCenter final : public QObject, public HotKeyCenter {
   [[nodiscard]] bool isHeldByAnother(std::uint32_t keyCode, std::uint32_t modifiers) override;
 
  private Q_SLOTS:
-  void activated(const QDBusObjectPath &session, const QString &shortcut, qulonglong time,
-                 const QVariantMap &options);
+  void activated(const QDBusMessage &signal);
   void responded(const QDBusMessage &response);
 
  private:
