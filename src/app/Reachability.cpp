@@ -14,7 +14,7 @@ namespace velmora {
 
 namespace {
 
-using namespace network_flag;
+using enum network_flag::Flag;
 
 constexpr std::uint32_t kLinkLocalNetwork = 0xa9fe0000;  // 169.254.0.0
 

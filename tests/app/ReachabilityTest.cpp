@@ -23,7 +23,7 @@
 namespace velmora {
 namespace {
 
-using namespace network_flag;
+using enum network_flag::Flag;
 using tests::ip;
 using tests::runUntil;
 

@@ -22,7 +22,7 @@
 namespace velmora {
 namespace {
 
-using namespace hot_key_modifier;
+using enum hot_key_modifier::Flag;
 using tests::runUntil;
 
 /// A bus that no desktop is on.

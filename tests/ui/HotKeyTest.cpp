@@ -17,7 +17,7 @@
 namespace velmora {
 namespace {
 
-using namespace shortcut_modifier;
+using enum shortcut_modifier::Flag;
 using tests::OtherProgram;
 using tests::runUntil;
 using tests::xdotool;

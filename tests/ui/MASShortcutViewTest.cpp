@@ -23,7 +23,7 @@
 namespace velmora {
 namespace {
 
-using namespace shortcut_modifier;
+using enum shortcut_modifier::Flag;
 using tests::runUntil;
 using tests::xdotool;
 

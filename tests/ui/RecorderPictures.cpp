@@ -13,8 +13,6 @@
 
 #include "ui/shortcut/MASShortcutView.h"
 
-using namespace velmora;
-
 namespace {
 
 QPalette darkPalette() {
@@ -31,7 +29,7 @@ int main(int argc, char **argv) {
   QApplication::setStyle(QStyleFactory::create(QStringLiteral("fusion")));
   if (application.arguments().at(1) == QLatin1String("dark")) QApplication::setPalette(darkPalette());
 
-  const MASShortcut shortcut(122, shortcut_modifier::kCommand);
+  const velmora::MASShortcut shortcut(122, velmora::shortcut_modifier::kCommand);
   struct Row {
     const char *label;
     bool value, recording, hinting;
@@ -47,7 +45,7 @@ int main(int argc, char **argv) {
   // One view records at a time: each row is painted when it does.
   int line = 1;
   for (const Row &row : kRows) {
-    auto *view = new MASShortcutView;
+    auto *view = new velmora::MASShortcutView;
     if (row.value) view->setShortcutValue(shortcut);
     view->setEnabled(QLatin1String(row.label) != QLatin1String("disabled"));
     view->resize(view->sizeHint());

@@ -15,7 +15,7 @@ namespace velmora {
 
 namespace {
 
-using namespace hot_key_modifier;
+using enum hot_key_modifier::Flag;
 
 struct Name {
   QLatin1String name;

@@ -15,10 +15,12 @@ namespace velmora {
 
 /// The bits in which hot keys name their modifiers.
 namespace hot_key_modifier {
-inline constexpr std::uint32_t kCommand = 0x100;  ///< the Super key
-inline constexpr std::uint32_t kShift = 0x200;
-inline constexpr std::uint32_t kOption = 0x800;  ///< the Alt key
-inline constexpr std::uint32_t kControl = 0x1000;
+enum Flag : std::uint32_t {
+  kCommand = 0x100,  ///< the Super key
+  kShift = 0x200,
+  kOption = 0x800,  ///< the Alt key
+  kControl = 0x1000,
+};
 }  // namespace hot_key_modifier
 
 /// What a virtual key code is for a key that has none.

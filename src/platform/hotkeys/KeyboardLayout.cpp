@@ -5,7 +5,7 @@
 #include <xcb/xcb.h>
 #include <xkbcommon/xkbcommon-x11.h>
 // The header of the extension uses a word of C++ as a name.
-#define explicit explicit_
+#define explicit explicit_  // NOLINT(clang-diagnostic-keyword-macro)
 #include <xcb/xkb.h>
 #undef explicit
 
@@ -222,7 +222,9 @@ std::vector<std::uint16_t> KeyboardLayout::lockMasks() const {
   };
   add(XCB_MOD_MASK_LOCK);
   if (m_server) {
-    for (const std::uint32_t lock : {XKB_KEY_Num_Lock, XKB_KEY_Scroll_Lock}) add(m_server->maskOf(lock));
+    for (const int lock : {XKB_KEY_Num_Lock, XKB_KEY_Scroll_Lock}) {
+      add(m_server->maskOf(static_cast<std::uint32_t>(lock)));
+    }
   }
   return masks;
 }

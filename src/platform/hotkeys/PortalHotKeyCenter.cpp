@@ -49,7 +49,7 @@ const QString kSession = QStringLiteral("org.freedesktop.portal.Session");
 /// The combination as the portal writes it, such as LOGO+F1. Also the id of the shortcut, under which the
 /// desktop remembers what the user makes of it.
 QString triggerOf(const Key &key, std::uint32_t modifiers) {
-  using namespace hot_key_modifier;
+  using enum hot_key_modifier::Flag;
   QString text;
   if (modifiers & kControl) text += QLatin1String("CTRL+");
   if (modifiers & kOption) text += QLatin1String("ALT+");

@@ -25,7 +25,7 @@ template <typename T>
 using Answer = std::unique_ptr<T, Freed>;
 
 std::uint16_t maskOf(std::uint32_t modifiers) {
-  using namespace hot_key_modifier;
+  using enum hot_key_modifier::Flag;
   unsigned mask = 0;
   if (modifiers & kShift) mask |= XCB_MOD_MASK_SHIFT;
   if (modifiers & kControl) mask |= XCB_MOD_MASK_CONTROL;

@@ -18,14 +18,16 @@ class CallbackThread;
 
 /// What `NetworkTarget` tells of the way to a target.
 namespace network_flag {
-inline constexpr std::uint32_t kTransientConnection = 0x1;  ///< over a point-to-point link
-inline constexpr std::uint32_t kReachable = 0x2;            ///< a route, over a link that carries
-inline constexpr std::uint32_t kConnectionRequired = 0x4;
-inline constexpr std::uint32_t kConnectionOnTraffic = 0x8;
-inline constexpr std::uint32_t kInterventionRequired = 0x10;
-inline constexpr std::uint32_t kConnectionOnDemand = 0x20;
-inline constexpr std::uint32_t kIsLocalAddress = 0x10000;  ///< an address of this machine
-inline constexpr std::uint32_t kIsDirect = 0x20000;        ///< without a gateway
+enum Flag : std::uint32_t {
+  kTransientConnection = 0x1,  ///< over a point-to-point link
+  kReachable = 0x2,            ///< a route, over a link that carries
+  kConnectionRequired = 0x4,
+  kConnectionOnTraffic = 0x8,
+  kInterventionRequired = 0x10,
+  kConnectionOnDemand = 0x20,
+  kIsLocalAddress = 0x10000,  ///< an address of this machine
+  kIsDirect = 0x20000,        ///< without a gateway
+};
 }  // namespace network_flag
 
 /// A target whose reachability can be asked for and watched. The backend is the system's; where it has none,

@@ -126,7 +126,7 @@ short RouteProbe::interfaceFlags(int index) const {
 }
 
 std::optional<std::uint32_t> RouteProbe::flags(const IpAddress &address) {
-  using namespace network_flag;
+  using enum network_flag::Flag;
   std::optional<Route> route;
   if (!usable() || !ask(address, route)) return {};
   constexpr std::array kNoWay{RTN_BLACKHOLE, RTN_UNREACHABLE, RTN_PROHIBIT, RTN_THROW};

@@ -16,7 +16,7 @@ namespace velmora {
 
 namespace {
 
-using namespace shortcut_modifier;
+using enum shortcut_modifier::Flag;
 
 struct Modifier {
   std::uint32_t flag;

@@ -14,11 +14,13 @@ namespace velmora {
 
 /// The bits of `MASShortcut::modifierFlags()`.
 namespace shortcut_modifier {
-inline constexpr std::uint32_t kShift = 0x20000;
-inline constexpr std::uint32_t kControl = 0x40000;
-inline constexpr std::uint32_t kOption = 0x80000;    ///< the Alt key
-inline constexpr std::uint32_t kCommand = 0x100000;  ///< the Super key
-inline constexpr std::uint32_t kAll = kShift | kControl | kOption | kCommand;
+enum Flag : std::uint32_t {
+  kShift = 0x20000,
+  kControl = 0x40000,
+  kOption = 0x80000,    ///< the Alt key
+  kCommand = 0x100000,  ///< the Super key
+  kAll = kShift | kControl | kOption | kCommand,
+};
 }  // namespace shortcut_modifier
 
 /// A key by its virtual key code, and the modifiers held with it. The texts are those of the keyboard's

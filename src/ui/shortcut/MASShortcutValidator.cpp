@@ -17,7 +17,7 @@ namespace velmora {
 
 namespace {
 
-using namespace shortcut_modifier;
+using enum shortcut_modifier::Flag;
 
 constexpr std::uint32_t kFunctionKeys[] = {64,  79,  80,  90,  96,  97,  98,  99,  100, 101,
                                            103, 105, 106, 107, 109, 111, 113, 118, 120, 122};

@@ -12,7 +12,7 @@ namespace velmora {
 
 namespace {
 
-using namespace shortcut_modifier;
+using enum shortcut_modifier::Flag;
 
 constexpr std::uint32_t kQ = 12;
 constexpr std::uint32_t kW = 13;

@@ -18,9 +18,9 @@ QHash<QString, std::shared_ptr<const ValueTransformer>> &transformers() {
 
 }  // namespace
 
-void ValueTransformer::setValueTransformer(std::shared_ptr<const ValueTransformer> transformer,
+void ValueTransformer::setValueTransformer(const std::shared_ptr<const ValueTransformer> &transformer,
                                            const QString &name) {
-  transformers().insert(name, std::move(transformer));
+  transformers().insert(name, transformer);
 }
 
 std::shared_ptr<const ValueTransformer> ValueTransformer::valueTransformerForName(const QString &name) {

@@ -18,7 +18,8 @@ class ValueTransformer {
   [[nodiscard]] virtual QVariant reverseTransformedValue(const QVariant &value) const = 0;
 
   /// Makes a transformer known by a name; a later one takes its place.
-  static void setValueTransformer(std::shared_ptr<const ValueTransformer> transformer, const QString &name);
+  static void setValueTransformer(const std::shared_ptr<const ValueTransformer> &transformer,
+                                  const QString &name);
   /// Null when there is none of that name. "MASDictionaryTransformer" is always there.
   [[nodiscard]] static std::shared_ptr<const ValueTransformer> valueTransformerForName(const QString &name);
 };
