@@ -14,6 +14,7 @@
 #include <cerrno>
 #include <chrono>
 #include <system_error>
+#include <utility>
 
 #include "foundation/Log.h"
 #include "platform/audio/CallbackThread.h"
@@ -89,9 +90,10 @@ bool NetlinkTarget::setCallback(Callback callback) {
   m_watch.reset();
   if (!callback) return true;
   try {
+    Descriptor messages = openMessages();
+    if (messages.number() < 0) return false;
     auto fresh = std::make_shared<Watch>();
-    fresh->messages = openMessages();
-    if (fresh->messages.number() < 0) return false;
+    fresh->messages = std::move(messages);
     fresh->callback = std::move(callback);
     m_watch = std::move(fresh);
     return true;
