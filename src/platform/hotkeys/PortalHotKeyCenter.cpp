@@ -64,7 +64,6 @@ QString triggerOf(const Key &key, std::uint32_t modifiers) {
 
 PortalHotKeyCenter::PortalHotKeyCenter(const QDBusConnection &bus) : m_bus(bus) {
   qDBusRegisterMetaType<PortalShortcut>();
-  qDBusRegisterMetaType<QList<PortalShortcut>>();
   m_bus.connect(kService, kPath, kInterface, QStringLiteral("Activated"), this,
                 SLOT(activated(QDBusMessage)));
 }
@@ -116,12 +115,16 @@ void PortalHotKeyCenter::closeSession() {
 }
 
 void PortalHotKeyCenter::bindShortcuts() {
-  QList<PortalShortcut> shortcuts;
+  // Written out here: a list of our own type would go to the thread of the bus and be destroyed there.
+  QDBusArgument shortcuts;
+  shortcuts.beginArray(QMetaType::fromType<PortalShortcut>());
   for (const auto &[id, trigger] : m_triggers) {
-    shortcuts.append({trigger,
-                      {{QStringLiteral("description"), QStringLiteral("Open Velmora (%1)").arg(trigger)},
-                       {QStringLiteral("preferred_trigger"), trigger}}});
+    shortcuts << PortalShortcut{
+        trigger,
+        {{QStringLiteral("description"), QStringLiteral("Open Velmora (%1)").arg(trigger)},
+         {QStringLiteral("preferred_trigger"), trigger}}};
   }
+  shortcuts.endArray();
   ask(QStringLiteral("BindShortcuts"),
       {QVariant::fromValue(QDBusObjectPath(m_session)), QVariant::fromValue(shortcuts), QString()}, {},
       [](const QVariantMap &) {});
