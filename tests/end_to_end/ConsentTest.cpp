@@ -15,8 +15,8 @@
 #include "auth/LoginViewController.h"
 #include "auth/LoginWindowController.h"
 #include "auth/TokenStore.h"
-#include "support/Press.h"
 #include "support/EventLoop.h"
+#include "support/OtherProgram.h"
 #include "support/Program.h"
 #include "support/TemporaryFolder.h"
 #include "support/WebPages.h"
@@ -25,7 +25,6 @@ namespace velmora {
 namespace {
 
 namespace fs = std::filesystem;
-using tests::press;
 using tests::Program;
 using tests::runUntil;
 
@@ -74,10 +73,13 @@ class ConsentTest : public testing::Test {
     return button.value_or(QPoint());
   }
   static bool click(const QPoint &where) {
-    return press({QStringLiteral("mousemove"), QString::number(where.x()), QString::number(where.y()),
-                  QStringLiteral("click"), QStringLiteral("1")});
+    return tests::xdotool({"mousemove", std::to_string(where.x()), std::to_string(where.y()), "click", "1"});
   }
-  static bool type(const QStringList &keys) { return press(QStringList{QStringLiteral("key")} + keys); }
+  static bool type(const std::vector<std::string> &keys) {
+    std::vector<std::string> arguments{"key"};
+    arguments.insert(arguments.end(), keys.begin(), keys.end());
+    return tests::xdotool(arguments);
+  }
   [[nodiscard]] bool signedIn() const { return defaults.boolForKey(kLoggedInKey); }
   [[nodiscard]] int tokens() const {
     int held = 0;
@@ -120,7 +122,7 @@ TEST_F(ConsentTest, TheKeyboardSignsInOnTheScreen) {
   screen.show();
   screen.activateWindow();
   (void)waitForButton();
-  EXPECT_TRUE(type({QStringLiteral("Tab"), QStringLiteral("Return")}));
+  EXPECT_TRUE(type({"Tab", "Return"}));
   ASSERT_TRUE(runUntil([&] { return signedIn(); }));
   EXPECT_EQ(tokens(), 3);
   EXPECT_EQ(turn(assistant.deployment), 0);
@@ -132,7 +134,7 @@ TEST_F(ConsentTest, ARefusalBringsNoTokens) {
   LoginWindowController window(assistant.deployment, defaults);
   window.showWindow();
   (void)waitForButton();
-  EXPECT_TRUE(type({QStringLiteral("Tab"), QStringLiteral("Tab"), QStringLiteral("space")}));
+  EXPECT_TRUE(type({"Tab", "Tab", "space"}));
   ASSERT_TRUE(runUntil([&] { return signedIn() && !window.isVisible(); }));
   EXPECT_EQ(tokens(), 0);
   EXPECT_EQ(turn(assistant.deployment), 1);
@@ -162,7 +164,7 @@ TEST_F(ConsentTest, AServiceThatIsGoneIsToldAndComesBackWithAButton) {
   ASSERT_TRUE(runUntil([&] { return !notice(later).isEmpty(); }));
   window.close();
   assistant.emplace(std::vector<std::string>{"--sign-in-port", std::to_string(page.port())});
-  EXPECT_TRUE(type({QStringLiteral("space")}));
+  EXPECT_TRUE(type({"space"}));
   (void)waitForButton();
 }
 
@@ -175,7 +177,7 @@ TEST_F(ConsentTest, DISABLED_Picture) {
   window.showWindow();
   const QRgb button = dark ? qRgb(0x8d, 0xb0, 0xff) : kAllow;
   ASSERT_TRUE(runUntil([&] { return onScreen(button).has_value(); }));
-  EXPECT_TRUE(type({QStringLiteral("Tab")}));
+  EXPECT_TRUE(type({"Tab"}));
   const QRect frame = window.frameGeometry();
   const auto picture = [&] {
     return window.screen()->grabWindow(0, frame.x(), frame.y(), frame.width(), frame.height()).toImage();

@@ -15,7 +15,7 @@
 
 #include "platform/window/Compositor.h"
 #include "support/EventLoop.h"
-#include "support/OtherApplication.h"
+#include "support/OtherProgram.h"
 #include "ui/UpwardAxis.h"
 #include "ui/popover/INPopoverController.h"
 #include "ui/popover/INPopoverParentWindow.h"
@@ -201,7 +201,7 @@ TEST_F(PopoverTest, ClosesByTheRules) {
     popover.setClosesWhenApplicationBecomesInactive(c.inactive);
     ASSERT_NO_FATAL_FAILURE(open());
     QWidget other;
-    std::optional<tests::OtherApplication> application;
+    std::optional<tests::OtherProgram> application;
     switch (c.cause) {
       case Cause::escape: {
         QKeyEvent press(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
@@ -217,7 +217,8 @@ TEST_F(PopoverTest, ClosesByTheRules) {
       case Cause::otherApplication:
         application.emplace();
         ASSERT_TRUE(runUntil([&] {
-          return QGuiApplication::applicationState() != Qt::ApplicationActive || !popover.popoverIsVisible();
+          return (application->hasFocus() && QGuiApplication::applicationState() != Qt::ApplicationActive) ||
+                 !popover.popoverIsVisible();
         }));
         break;
       case Cause::delegateObjects: popover.closePopover(); break;

@@ -1,0 +1,226 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/hotkeys/PortalHotKeyCenter.h"
+
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QDBusArgument>
+#include <QDBusMessage>
+#include <QDBusObjectPath>
+#include <QDBusVirtualObject>
+#include <QProcess>
+#include <map>
+
+#include "platform/hotkeys/DesktopKeyBindings.h"
+#include "platform/hotkeys/KeyCodes.h"
+#include "platform/hotkeys/SymbolicHotKeys.h"
+#include "support/CapturedLog.h"
+#include "support/EventLoop.h"
+#include "support/TemporaryFolder.h"
+
+namespace velmora {
+namespace {
+
+using enum hot_key_modifier::Flag;
+using tests::runUntil;
+
+/// A bus that no desktop is on.
+class PrivateBus {
+ public:
+  PrivateBus() {
+    m_daemon.start(QStringLiteral("dbus-daemon"), {QStringLiteral("--session"), QStringLiteral("--nofork"),
+                                                   QStringLiteral("--print-address")});
+    if (m_daemon.waitForReadyRead(30'000)) m_address = QString::fromUtf8(m_daemon.readLine()).trimmed();
+  }
+  ~PrivateBus() {
+    for (const QString &name : m_names) QDBusConnection::disconnectFromBus(name);
+    m_daemon.terminate();
+    m_daemon.waitForFinished();
+  }
+  PrivateBus(const PrivateBus &) = delete;
+  PrivateBus &operator=(const PrivateBus &) = delete;
+
+  [[nodiscard]] QDBusConnection connection(const char *name) {
+    m_names << QString::fromLatin1(name);
+    return QDBusConnection::connectToBus(m_address, m_names.last());
+  }
+
+ private:
+  QProcess m_daemon;
+  QString m_address;
+  QStringList m_names;
+};
+
+/// The portal of a desktop, with one user who is content with everything, or with nothing.
+class Portal final : public QDBusVirtualObject {
+ public:
+  explicit Portal(const QDBusConnection &bus) : m_bus(bus) {
+    EXPECT_TRUE(m_bus.registerVirtualObject(QStringLiteral("/org/freedesktop/portal/desktop"), this,
+                                            QDBusConnection::SubPath));
+    EXPECT_TRUE(m_bus.registerService(QStringLiteral("org.freedesktop.portal.Desktop")));
+  }
+
+  [[nodiscard]] QString introspect(const QString &) const override { return {}; }
+
+  bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override {
+    if (message.member() == QLatin1String("Close")) {
+      sessions.erase(message.path());
+      return connection.send(message.createReply());
+    }
+    const auto options = qdbus_cast<QVariantMap>(message.arguments().last());
+    const QString sender = message.service().mid(1).replace(QLatin1Char('.'), QLatin1Char('_'));
+    const QString request = QStringLiteral("/org/freedesktop/portal/desktop/request/%1/%2")
+                                .arg(sender, options[QStringLiteral("handle_token")].toString());
+    QVariantMap results;
+    if (message.member() == QLatin1String("CreateSession")) {
+      const QString session = QStringLiteral("/org/freedesktop/portal/desktop/session/%1/%2")
+                                  .arg(sender, options[QStringLiteral("session_handle_token")].toString());
+      sessions[session] = {};
+      results[QStringLiteral("session_handle")] = session;
+    } else {
+      const QString session = message.arguments().at(0).value<QDBusObjectPath>().path();
+      const auto shortcuts = message.arguments().at(1).value<QDBusArgument>();
+      EXPECT_TRUE(sessions.contains(session) && sessions[session].isEmpty()) << "bound twice";
+      for (shortcuts.beginArray(); !shortcuts.atEnd();) {
+        QString id;
+        QVariantMap properties;
+        shortcuts.beginStructure();
+        shortcuts >> id >> properties;
+        shortcuts.endStructure();
+        EXPECT_EQ(properties[QStringLiteral("preferred_trigger")].toString(), id);
+        sessions[session] << id;
+      }
+      shortcuts.endArray();
+    }
+    connection.send(message.createReply(QVariant::fromValue(QDBusObjectPath(request))));
+    QDBusMessage response = QDBusMessage::createSignal(
+        request, QStringLiteral("org.freedesktop.portal.Request"), QStringLiteral("Response"));
+    response << uint(refuses ? 1 : 0) << results;
+    return connection.send(response);
+  }
+
+  void activate(const QString &session, const QString &id) {
+    QDBusMessage signal = QDBusMessage::createSignal(QStringLiteral("/org/freedesktop/portal/desktop"),
+                                                     QStringLiteral("org.freedesktop.portal.GlobalShortcuts"),
+                                                     QStringLiteral("Activated"));
+    signal << QVariant::fromValue(QDBusObjectPath(session)) << id << qulonglong{1} << QVariantMap();
+    m_bus.send(signal);
+  }
+
+  /// Whether there is one session, with these shortcuts.
+  [[nodiscard]] bool holds(const QStringList &shortcuts) const {
+    return sessions.size() == 1 && sessions.begin()->second == shortcuts;
+  }
+
+  std::map<QString, QStringList> sessions;
+  bool refuses = false;
+
+ private:
+  QDBusConnection m_bus;
+};
+
+TEST(PortalHotKeys, AreBoundInOneSession) {
+  PrivateBus bus;
+  Portal portal(bus.connection("portal"));
+  std::vector<std::uint32_t> presses;
+  {
+    PortalHotKeyCenter center(bus.connection("application"));
+    center.setPressed([&](std::uint32_t id) { presses.push_back(id); });
+    EXPECT_FALSE(center.registerHotKey(7, 122, kCommand));
+    EXPECT_FALSE(center.registerHotKey(8, 0, kControl | kOption | kShift));
+    EXPECT_TRUE(center.registerHotKey(9, kUnknownKeyCode, kCommand));
+    ASSERT_TRUE(runUntil([&] {
+      return portal.holds({QStringLiteral("LOGO+F1"), QStringLiteral("CTRL+ALT+SHIFT+a")});
+    }));
+    portal.activate(QStringLiteral("/another/session"), QStringLiteral("LOGO+F1"));
+    portal.activate(portal.sessions.begin()->first, QStringLiteral("CTRL+ALT+SHIFT+a"));
+    portal.activate(portal.sessions.begin()->first, QStringLiteral("LOGO+F1"));
+    ASSERT_TRUE(runUntil([&] { return presses.size() >= 2; }));
+    EXPECT_EQ(presses, (std::vector<std::uint32_t>{8, 7}));
+    center.unregisterHotKey(7);
+    EXPECT_TRUE(runUntil([&] { return portal.holds({QStringLiteral("CTRL+ALT+SHIFT+a")}); }));
+  }
+  EXPECT_TRUE(runUntil([&] { return portal.sessions.empty(); }));
+}
+
+TEST(PortalHotKeys, WithoutAPortalAreOneLine) {
+  PrivateBus bus;
+  std::optional<Portal> portal;
+  for (const bool refuses : {false, true}) {
+    if (refuses) {
+      portal.emplace(bus.connection("portal"));
+      portal->refuses = true;
+    }
+    const tests::CapturedLog log;
+    PortalHotKeyCenter center(bus.connection(refuses ? "refused" : "alone"));
+    EXPECT_FALSE(center.registerHotKey(1, 122, kCommand));
+    const char *line = "Hot key error: the desktop's portal gives no global shortcuts: ";
+    EXPECT_TRUE(runUntil([&] { return log.count(line) > 0; }));
+    EXPECT_FALSE(center.registerHotKey(2, 120, kCommand));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(log.lines().size(), 1U);
+  }
+}
+
+TEST(SymbolicHotKeys, AreReadAsDesktopsWriteThem) {
+  const std::vector<SymbolicHotKey> expected{{118, kOption, true},
+                                             {48, kCommand | kShift, true},
+                                             {0, kControl | kOption, true},
+                                             {49, kCommand, true}};
+  const auto gnome = gnomeKeyBindings(
+      "org.gnome.desktop.wm.keybindings close ['<Alt>F4', 'XF86Close']\n"
+      "org.gnome.desktop.wm.keybindings switch ['<Shift><Super>Tab']\n"
+      "org.gnome.desktop.wm.keybindings nothing @as []\n"
+      "org.gnome.shell.keybindings odd ['<Hyper>a', '<Super', '', '<Super>Nonsense', '<Primary><Alt>A']\n"
+      "org.gnome.settings-daemon.plugins.media-keys custom-keybindings ['/a/', '/b/']\n"
+      "org.gnome.settings-daemon.plugins.media-keys screensaver '<Super>space'\n"
+      "org.gnome.terminal.keybindings copy '<Super>c'\n");
+  EXPECT_EQ(gnome.hotKeys, expected);
+  EXPECT_EQ(gnome.customBindings, (QStringList{QStringLiteral("/a/"), QStringLiteral("/b/")}));
+  EXPECT_EQ(kdeHotKeys("[kwin]\n_k_friendly_name=Alt+F9\nClose=Alt+F4,Alt+F4,Close Window\n"
+                       "Walk=Meta+Shift+Tab\\tCtrl+Alt+A,none,A\\, b\nOff=none,Alt+F5,Off\nEmpty=,,\nnoise\n"
+                       "[services][a.desktop]\n_launch=Meta+Space\n"),
+            expected);
+}
+
+TEST(SymbolicHotKeys, ComeFromTheDesktopInTheBackground) {
+  const tests::TemporaryFolder folder;
+  EXPECT_EQ(copySymbolicHotKeys(), std::nullopt);
+  refreshSymbolicHotKeys();  // of no known desktop: nothing to be read
+  const QByteArray path = qgetenv("PATH");
+  qputenv("PATH", (folder.path().string() + ":").c_str() + path);
+  const auto program =
+      folder.write("gsettings",
+                   "#!/bin/sh\nif [ \"$1\" = get ]; then echo \"'<Super>x'\"; else\n"
+                   "echo \"org.gnome.mutter.keybindings a ['<Super>F1']\"\n"
+                   "echo \"org.gnome.settings-daemon.plugins.media-keys custom-keybindings ['/a/']\"; fi\n");
+  std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+  qputenv("XDG_CURRENT_DESKTOP", "ubuntu:GNOME");
+  refreshSymbolicHotKeys();
+  EXPECT_TRUE(runUntil([] {
+    return copySymbolicHotKeys() == std::vector<SymbolicHotKey>{{122, kCommand, true}, {7, kCommand, true}};
+  }));
+  // A failing program is as good as none.
+  std::ignore = folder.write("gsettings", "#!/bin/sh\nexit 1\n");
+  refreshSymbolicHotKeys();
+  EXPECT_TRUE(runUntil([] { return !copySymbolicHotKeys(); }));
+  qputenv("PATH", path);
+
+  qputenv("XDG_CURRENT_DESKTOP", "KDE");
+  qputenv("XDG_CONFIG_HOME", folder.path().c_str());
+  std::ignore = folder.write("kglobalshortcutsrc", "[a]\nb=Meta+F2,none,B\n");
+  refreshSymbolicHotKeys();
+  EXPECT_TRUE(runUntil([] {
+    return copySymbolicHotKeys() == std::vector<SymbolicHotKey>{{120, kCommand, true}};
+  }));
+}
+
+}  // namespace
+}  // namespace velmora
+
+int main(int argc, char **argv) {
+  testing::InitGoogleTest(&argc, argv);
+  const QCoreApplication application(argc, argv);
+  return RUN_ALL_TESTS();
+}

@@ -1,0 +1,151 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+#include <gtest/gtest.h>
+
+#include <QApplication>
+
+#include "platform/hotkeys/HotKeyCenter.h"
+#include "platform/hotkeys/KeyCodes.h"
+#include "platform/hotkeys/KeyboardLayout.h"
+#include "support/CapturedLog.h"
+#include "support/EventLoop.h"
+#include "support/OtherProgram.h"
+#include "ui/shortcut/MASDictionaryTransformer.h"
+#include "ui/shortcut/MASShortcutBinder.h"
+#include "ui/shortcut/MASShortcutMonitor.h"
+
+namespace velmora {
+namespace {
+
+using enum shortcut_modifier::Flag;
+using tests::OtherProgram;
+using tests::runUntil;
+using tests::xdotool;
+
+const MASShortcut kCommandF2(120, kCommand);
+constexpr std::uint8_t kPositionOfF2 = 68;
+constexpr std::uint16_t kSuperMask = 64;
+
+class HotKey : public testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(runUntil([this] { return other.hasFocus(); }));
+  }
+  void TearDown() override { monitor.unregisterAllShortcuts(); }
+
+  OtherProgram other;
+  MASShortcutMonitor &monitor = MASShortcutMonitor::sharedMonitor();
+};
+
+TEST_F(HotKey, IsToldOncePerPressWhoeverHasTheFocusAndWhateverIsLocked) {
+  int presses = 0;
+  ASSERT_TRUE(monitor.registerShortcut(kCommandF2, [&] { ++presses; }));
+  EXPECT_TRUE(monitor.isShortcutRegistered(kCommandF2));
+  int expected = 0;
+  for (const char *lock : {"", "Caps_Lock", "Num_Lock"}) {
+    const std::string press = "super+F2";
+    ASSERT_TRUE(xdotool(*lock ? std::vector<std::string>{"key", lock, press}
+                              : std::vector{std::string("key"), press}));
+    ++expected;
+    EXPECT_TRUE(runUntil([&] { return presses == expected; })) << lock;
+  }
+  // Held long enough to repeat; the press after it shows that no repetition was told.
+  ASSERT_TRUE(xdotool({"key", "Num_Lock", "key", "Caps_Lock"}));
+  ASSERT_TRUE(tests::run({"xset", "r", "rate", "20", "100"}));
+  ASSERT_TRUE(xdotool(
+      {"keydown", "super", "keydown", "F2", "sleep", "0.3", "keyup", "F2", "key", "F2", "keyup", "super"}));
+  EXPECT_TRUE(runUntil([&] { return presses >= expected + 2; }));
+  EXPECT_EQ(presses, expected + 2);
+  // Other modifiers are another shortcut; what is unregistered reaches the program in front again.
+  const int before = other.presses();
+  ASSERT_TRUE(xdotool({"key", "super+shift+F2"}));
+  EXPECT_TRUE(runUntil([&] { return other.presses() > before; }));
+  monitor.unregisterShortcut(kCommandF2);
+  const int between = other.presses();
+  ASSERT_TRUE(xdotool({"key", "super+F2"}));
+  EXPECT_TRUE(runUntil([&] { return other.presses() >= between + 2; }));
+  EXPECT_EQ(presses, expected + 2);
+}
+
+TEST_F(HotKey, HeldByAnotherProgramIsRefusedWithALine) {
+  for (const bool byInputExtension : {false, true}) {
+    EXPECT_FALSE(HotKeyCenter::shared().isHeldByAnother(120, hot_key_modifier::kCommand));
+    OtherProgram holder;
+    holder.grab(kPositionOfF2, kSuperMask, byInputExtension);
+    EXPECT_TRUE(HotKeyCenter::shared().isHeldByAnother(120, hot_key_modifier::kCommand)) << byInputExtension;
+    EXPECT_FALSE(HotKeyCenter::shared().isHeldByAnother(120, hot_key_modifier::kControl));
+    if (byInputExtension) continue;  // which a registration by the core protocol does not meet
+    const tests::CapturedLog log;
+    EXPECT_FALSE(monitor.registerShortcut(kCommandF2, [] {}));
+    EXPECT_FALSE(monitor.isShortcutRegistered(kCommandF2));
+    EXPECT_EQ(log.lines(), std::vector<std::string>{"Hot key error: ⌘F2: another program holds it"});
+  }
+  // One's own is not another's, and a trial leaves it as it was.
+  int presses = 0;
+  ASSERT_TRUE(monitor.registerShortcut(kCommandF2, [&] { ++presses; }));
+  EXPECT_FALSE(HotKeyCenter::shared().isHeldByAnother(120, hot_key_modifier::kCommand));
+  ASSERT_TRUE(xdotool({"key", "super+F2"}));
+  EXPECT_TRUE(runUntil([&] { return presses == 1; }));
+}
+
+TEST_F(HotKey, FollowsTheLayout) {
+  int escapes = 0;
+  int letters = 0;
+  ASSERT_TRUE(monitor.registerShortcut({53, kCommand}, [&] { ++escapes; }));
+  ASSERT_TRUE(monitor.registerShortcut({0, kCommand}, [&] { ++letters; }));
+  struct Layout {
+    std::vector<std::string> command;
+    const char *letter, *semicolon;
+  };
+  for (const Layout &layout : {Layout{{"setxkbmap", "fr", "-option", "caps:swapescape"}, "Q", "M"},
+                               Layout{{"setxkbmap", "ru", "-option", "caps:swapescape"}, "Ф", "Ж"},
+                               Layout{{"setxkbmap", "us", "-option", ""}, "A", ";"}}) {
+    ASSERT_TRUE(tests::run(layout.command));
+    EXPECT_TRUE(runUntil([&] { return MASShortcut(0, 0).keyCodeString().toStdString() == layout.letter; }));
+    EXPECT_EQ(MASShortcut(41, 0).keyCodeString().toStdString(), layout.semicolon);
+    escapes = letters = 0;
+    // Escape by its name, the letter by its place.
+    ASSERT_TRUE(xdotool({"key", "super+Escape", "key", "super+38"}));
+    EXPECT_TRUE(runUntil([&] { return escapes == 1 && letters == 1; })) << layout.letter;
+  }
+}
+
+TEST_F(HotKey, FollowsTheSetting) {
+  UserDefaults defaults;
+  MASShortcutBinder binder(defaults, monitor);
+  const QString key = QStringLiteral("customShortcut");
+  const MASDictionaryTransformer transformer;
+  const auto store = [&](const std::optional<MASShortcut> &shortcut) {
+    defaults.setObject(transformer.reverseTransformedValue(variantOf(shortcut)), key);
+  };
+  binder.registerDefaultShortcuts({{key, kCommandF2}});
+  std::string told;
+  binder.bindShortcutWithDefaultsKey(key, [&] { told += "a"; });
+  binder.bindShortcutWithDefaultsKey(key, [&] { told += "b"; });
+  ASSERT_TRUE(xdotool({"key", "super+F2"}));
+  EXPECT_TRUE(runUntil([&] { return told == "b"; }));
+  store(MASShortcut(96, kControl));
+  EXPECT_FALSE(monitor.isShortcutRegistered(kCommandF2));
+  ASSERT_TRUE(xdotool({"key", "super+F2", "key", "ctrl+F5"}));
+  EXPECT_TRUE(runUntil([&] { return told == "bb"; }));
+  store({});
+  EXPECT_FALSE(monitor.isShortcutRegistered({96, kControl}));
+  EXPECT_FALSE(monitor.isShortcutRegistered(kCommandF2));
+  store(kCommandF2);
+  EXPECT_TRUE(monitor.isShortcutRegistered(kCommandF2));
+  binder.breakBindingWithDefaultsKey(key);
+  EXPECT_FALSE(monitor.isShortcutRegistered(kCommandF2));
+  store(MASShortcut(96, kControl));
+  EXPECT_FALSE(monitor.isShortcutRegistered({96, kControl}));
+
+  // An action may take its own shortcut away.
+  binder.bindShortcutWithDefaultsKey(key, [&] {
+    binder.breakBindingWithDefaultsKey(key);
+    told += "c";
+  });
+  ASSERT_TRUE(xdotool({"key", "ctrl+F5"}));
+  EXPECT_TRUE(runUntil([&] { return told == "bbc"; }));
+}
+
+}  // namespace
+}  // namespace velmora

@@ -1,0 +1,151 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+#include <gtest/gtest.h>
+
+#include <QAction>
+#include <QKeyEvent>
+#include <QMainWindow>
+#include <QMenu>
+#include <QMenuBar>
+
+#include "foundation/UserDefaults.h"
+#include "ui/shortcut/MASDictionaryTransformer.h"
+#include "ui/shortcut/MASShortcut.h"
+#include "ui/shortcut/MASShortcutValidator.h"
+
+namespace velmora {
+namespace {
+
+using enum shortcut_modifier::Flag;
+
+TEST(Shortcut, IsShownByItsGlyphs) {
+  struct Case {
+    MASShortcut shortcut;
+    const char *description;
+    const char *keyEquivalent;
+  };
+  const Case cases[] = {
+      {{0, kCommand | kShift | kOption | kControl}, "⌃⌥⇧⌘A", "a"},
+      {{122, kCommand}, "⌘F1", "F1"},
+      {{80, 0}, "F19", "F19"},
+      {{49, kOption}, "⌥Space", "Space"},
+      {{36, kControl}, "⌃↩", "Return"},
+      {{117, kShift}, "⇧⌦", "Del"},
+      {{126, kCommand | kControl}, "⌃⌘↑", "Up"},
+      {{27, kCommand}, "⌘-", "-"},
+      {{87, kCommand}, "⌘5", "5"},
+      {{56, kShift}, "⇧", ""},
+      {{0xffff, kCommand}, "⌘", ""},
+  };
+  for (const Case &each : cases) {
+    EXPECT_EQ(each.shortcut.description().toStdString(), each.description);
+    EXPECT_EQ(each.shortcut.keyCodeStringForKeyEquivalent().toStdString(), each.keyEquivalent);
+  }
+}
+
+TEST(Shortcut, IsMadeOfAnEvent) {
+  struct Case {
+    QEvent::Type type;
+    int key;
+    Qt::KeyboardModifiers modifiers;
+    quint32 scanCode, keysym;
+    MASShortcut shortcut;
+  };
+  const Case cases[] = {
+      // The first key of the middle row on a French keyboard writes Q and is A by its place.
+      {QEvent::KeyPress, Qt::Key_Q, Qt::MetaModifier, 38, 'q', {0, kCommand}},
+      // Caps Lock that has become Escape is one; a keypad's figure is one without Num Lock too.
+      {QEvent::KeyPress, Qt::Key_Escape, {}, 66, 0xff1b, {53, 0}},
+      {QEvent::KeyPress, Qt::Key_Home, Qt::KeypadModifier, 79, 0xff95, {89, 0}},
+      {QEvent::KeyPress, Qt::Key_Backtab, Qt::ShiftModifier, 23, 0xfe20, {48, kShift}},
+      // From a platform that tells neither place nor keysym.
+      {QEvent::KeyPress, Qt::Key_F1, Qt::ControlModifier | Qt::AltModifier, 0, 0, {122, kControl | kOption}},
+      {QEvent::KeyPress, Qt::Key_MediaPlay, {}, 172, 0x1008ff14, {0xffff, 0}},
+      // Modifiers count from their own press to their own release.
+      {QEvent::KeyPress, Qt::Key_Shift, Qt::MetaModifier, 50, 0xffe1, {56, kShift | kCommand}},
+      {QEvent::KeyRelease, Qt::Key_Shift, Qt::MetaModifier | Qt::ShiftModifier, 50, 0xffe1, {56, kCommand}},
+  };
+  for (const Case &each : cases) {
+    const QKeyEvent event(each.type, each.key, each.modifiers, each.scanCode, each.keysym, 0);
+    const auto made = MASShortcut::shortcutWithEvent(event);
+    EXPECT_EQ(made.keyCode(), each.shortcut.keyCode()) << each.key;
+    EXPECT_EQ(made.modifierFlags(), each.shortcut.modifierFlags()) << each.key;
+  }
+}
+
+TEST(Shortcut, IsValidByKeyAndModifiers) {
+  struct Case {
+    MASShortcut shortcut;
+    bool valid, withAnyOption;
+  };
+  constexpr std::uint32_t kCapsLock = 0x10000;
+  const Case cases[] = {
+      {{0, 0}, false, false},       {{0, kShift}, false, false},
+      {{0, kControl}, true, true},  {{0, kCommand}, true, true},
+      {{0, kOption}, false, true},  {{0, kOption | kShift}, false, true},
+      {{49, kOption}, true, true},  {{53, kOption}, true, true},
+      {{49, kShift}, false, false}, {{96, 0}, true, true},
+      {{90, kShift}, true, true},   {{0, kCapsLock}, false, false},
+      {{36, 0}, false, false},      {{36, kCommand | kOption}, true, true},
+  };
+  MASShortcutValidator validator;
+  for (const Case &each : cases) {
+    validator.setAllowAnyShortcutWithOptionModifier(false);
+    EXPECT_EQ(validator.isShortcutValid(each.shortcut), each.valid)
+        << each.shortcut.description().toStdString();
+    validator.setAllowAnyShortcutWithOptionModifier(true);
+    EXPECT_EQ(validator.isShortcutValid(each.shortcut), each.withAnyOption)
+        << each.shortcut.description().toStdString();
+  }
+}
+
+TEST(Shortcut, IsTakenByTheMenuBar) {
+  QMainWindow window;
+  QMenu &menu = *window.menuBar()->addMenu(QStringLiteral("&File"));
+  menu.addAction(QStringLiteral("&Open && Close…\tlater"))
+      ->setShortcut(QKeySequence(Qt::META | Qt::SHIFT | Qt::Key_O));
+  menu.addMenu(QStringLiteral("More"))
+      ->addAction(QStringLiteral("Up"))
+      ->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Up));
+  const MASShortcutValidator validator;
+  EXPECT_EQ(
+      validator.isShortcutAlreadyTakenBySystem({31, kCommand | kShift}).value_or(QString()).toStdString(),
+      "This shortcut cannot be used because it is already used by the menu item ‘Open & Close…’.");
+  EXPECT_TRUE(validator.isShortcutAlreadyTakenInMenu({126, kControl}, menu.actions()));
+  EXPECT_FALSE(validator.isShortcutAlreadyTakenBySystem({31, kCommand}));
+  EXPECT_FALSE(validator.isShortcutAlreadyTakenInMenu({0xffff, kControl}, menu.actions()));
+}
+
+TEST(DictionaryTransformer, ReadsWhatIsStored) {
+  const MASDictionaryTransformer transformer;
+  const MASShortcut shortcut(122, kCommand);
+  // By way of a store, which has fewer types than a variant.
+  UserDefaults defaults;
+  const QString key = QStringLiteral("customShortcut");
+  const auto read = [&] { return shortcutOf(transformer.transformedValue(defaults.objectForKey(key))); };
+  defaults.registerDefaults({{key, shortcut.archivedData()}});
+  EXPECT_EQ(read(), shortcut);
+  defaults.setObject(transformer.reverseTransformedValue(variantOf(MASShortcut(0, kAll))), key);
+  EXPECT_EQ(defaults.dictionaryForKey(key).value(QStringLiteral("modifierFlags")).toULongLong(), kAll);
+  EXPECT_EQ(read(), MASShortcut(0, kAll));
+  // Cleared is not the same as never set.
+  defaults.setObject(transformer.reverseTransformedValue({}), key);
+  EXPECT_EQ(read(), std::nullopt);
+
+  const QVariant damaged[] = {
+      true,
+      QStringLiteral("F1"),
+      QByteArray("bplist00"),
+      QByteArray(R"({"KeyCode":122,"ModifierFlags":0})"),
+      QByteArray(R"({"$class":"MASShortcut","KeyCode":-1,"ModifierFlags":0})"),
+      QByteArray(R"({"$class":"MASShortcut","KeyCode":1,"ModifierFlags":1e99})"),
+      QVariantMap{{QStringLiteral("keyCode"), 122}},
+      QVariantMap{{QStringLiteral("keyCode"), -122}, {QStringLiteral("modifierFlags"), 0}},
+      QVariantMap{{QStringLiteral("keyCode"), QVariantMap()}, {QStringLiteral("modifierFlags"), 0}},
+  };
+  for (const QVariant &value : damaged)
+    EXPECT_EQ(shortcutOf(transformer.transformedValue(value)), std::nullopt);
+}
+
+}  // namespace
+}  // namespace velmora
