@@ -105,11 +105,13 @@ void MASShortcutView::take(const MASShortcut &shortcut) {
 void MASShortcutView::showTaken(const MASShortcut &shortcut, const QString &explanation) {
   activateEventMonitoring(false);
   const QPointer<MASShortcutView> self(this);
-  showAlert({.messageText = QCoreApplication::translate("MASShortcut", "The key combination %@ cannot be used")
-                               .replace(QLatin1String("%@"), shortcut.description()),
-            .informativeText = explanation,
-            .buttons = {QCoreApplication::translate("MASShortcut", "OK")}},
-           window());
+  showAlert(
+      {.messageText = QCoreApplication::translate("MASShortcut", "The key combination %@ cannot be used")
+                          .replace(QLatin1String("%@"), shortcut.description()),
+       .informativeText = explanation,
+       .style = AlertStyle::critical,
+       .buttons = {QCoreApplication::translate("MASShortcut", "OK")}},
+      window());
   // Meanwhile it may have been destroyed, or told to stop.
   if (!self || !m_recording) return;
   setShortcutPlaceholder(QString());
