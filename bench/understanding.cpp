@@ -236,7 +236,7 @@ void printThresholds(const std::vector<Utterance> &all, const Hearings &hearings
       "");
   for (const Condition &condition : kConditions) std::printf("   %-20s", condition.name);
   std::printf("\n");
-  for (int least = -8; least >= -24; --least) {
+  for (int least = -26; least >= -50; least -= 2) {
     std::printf("%9d", least);
     for (const auto &heard : hearings) {
       int meant = 0, right = 0, wrong = 0, notMeant = 0, answered = 0;

@@ -22,7 +22,7 @@ namespace velmora {
 struct Recognition {
   std::string text;         ///< words in lower case with single spaces; empty when nothing fits
   bool confident = false;   ///< false: the speaker most likely said something outside the grammar
-  double confidence = 0.0;  ///< what `confident` was decided by: log likelihood per frame against bare phones
+  double confidence = 0.0;  ///< what `confident` was decided by: log likelihood per frame, weighted
 };
 
 /// A decoder with the grammars of a language. One thread at a time; several may be made at once.
