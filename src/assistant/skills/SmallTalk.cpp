@@ -80,7 +80,8 @@ SkillTable smallTalk() {
                sayAgain,
                {"repeat that"}},
               {"stop",
-               "never mind | forget (it | about it) | cancel that | stop (it | that | talking) | be quiet",
+               "never mind | forget (it | about it) | cancel that | be quiet | "
+               "stop (it | that | talking | playing | the game | the quiz)",
                acceptStop,
                {"never mind"}},
           },
