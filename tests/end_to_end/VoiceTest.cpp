@@ -64,12 +64,12 @@ TEST_F(VoiceTest, HoldsAConversationForAsLongAsTheAssistantAsksBack) {
     EXPECT_EQ(recording->waitForSound(5000).size(), 5000U) << "no start prompt";
   }
   EXPECT_TRUE(eventually([&] { return hearers() > before; }));
-  say("06-lets-play-a-guessing-game.wav");
+  say("09-lets-play-a-guessing-game.wav");
   ASSERT_TRUE(program->waitForOut("Velmora: ")) << program->err();
   // Deaf while it speaks; then it listens by itself.
   EXPECT_TRUE(eventually([&] { return hearers() == before; }));
   EXPECT_TRUE(eventually([&] { return hearers() > before; }));
-  say("09-stop-the-game.wav");
+  say("12-stop-the-game.wav");
   EXPECT_EQ(program->wait(), 0);
   EXPECT_THAT(program->out(), MatchesRegex("You: let's play a guessing game\nVelmora: [^\n]+\n"
                                            "You: stop the game\nVelmora: [^\n]+\n"));

@@ -140,7 +140,7 @@ TEST(VoiceTurn, ASpokenQuestionIsAnsweredAloudAndAFollowOnListensByItself) {
   screen.startListening();
   ASSERT_TRUE(screen.sees("listens"));
   ASSERT_TRUE(runUntil([&] { return screen.capture.engine().state() == AudioEngine::State::running; }));
-  say("06-lets-play-a-guessing-game.wav");
+  say("09-lets-play-a-guessing-game.wav");
   ASSERT_TRUE(screen.sees("waits"));
   const Samples heard = heardDuring(server, [&] { ASSERT_TRUE(screen.sees("silent")); });
   EXPECT_THAT(screen.seen.values(), ::testing::IsSupersetOf({"\"let's play a guessing game\"", "speaks"}));
@@ -152,7 +152,7 @@ TEST(VoiceTurn, ASpokenQuestionIsAnsweredAloudAndAFollowOnListensByItself) {
 
   // It asked back.
   ASSERT_TRUE(screen.sees("listens", 2));
-  say("07-fifty.wav");
+  say("10-fifty.wav");
   ASSERT_TRUE(screen.sees("\"fifty\""));
   ASSERT_TRUE(screen.sees("speaks", 2));
   EXPECT_TRUE(screen.playback.isSpeaking());
