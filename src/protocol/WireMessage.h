@@ -77,6 +77,7 @@ class WireMessage {
 
   /// Counts the messages that share it. A shared_ptr would not do: its use_count() does not synchronise with
   /// the sharer that has just let go, which the decision to change the fields in place rests on.
+  // NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor): only `release` ends a storage
   class Storage {
    public:
     Storage() = default;
@@ -90,8 +91,6 @@ class WireMessage {
     [[nodiscard]] bool isShared() const noexcept { return m_sharers.load(std::memory_order_acquire) != 1; }
 
    protected:
-    // Only `release` ends a storage.
-    // NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor)
     virtual ~Storage() = default;
 
    private:

@@ -216,8 +216,9 @@ Options Options::parse(const std::vector<std::string> &arguments) {
       std::string name = ::optopt != 0 ? nameOf(::optopt) : pointers[static_cast<std::size_t>(::optind) - 1];
       name.resize(std::min(name.find('='), name.size()));  // what follows may be a token
       const std::string meant = optionsThatBegin(name);
-      throw UsageError(meant.empty() ? "unknown option '" + name + "'"
-                                     : "option '" + name + "' may be any of" + meant);
+      name.insert(0, meant.empty() ? "unknown option '" : "option '");
+      name.append(meant.empty() ? "'" : "' may be any of").append(meant);
+      throw UsageError(name);
     }
     set(options, value, ::optarg ? ::optarg : "");
   }
