@@ -151,10 +151,10 @@ void API::openCall(const std::shared_ptr<Turn> &turn, const Request &request) {
   call->send(request, [](const std::optional<CallError> &error) {
     if (error) log("Initial send error: ", described(*error));
   });
-  call->receive(
-      [this, gate = m_gate, turn](std::optional<Response> response, std::optional<ClientError> error) {
-        if (const CallbackGate::Pass pass(*gate); pass) handleResponse(*turn, response, error);
-      });
+  call->receive([this, gate = m_gate, turn](const std::optional<Response> &response,
+                                            const std::optional<ClientError> &error) {
+    if (const CallbackGate::Pass pass(*gate); pass) handleResponse(*turn, response, error);
+  });
 }
 
 void API::sendAudioFrame(const std::int16_t *samples, std::ptrdiff_t count) {

@@ -41,7 +41,7 @@ std::string headerAt(StateSeal::Time now) {
 
 StateSeal::Time timeIn(std::string_view header) {
   std::uint64_t seconds = 0;
-  for (const unsigned char c : header.substr(1)) seconds = seconds << 8 | c;
+  for (const char c : header.substr(1)) seconds = seconds << 8 | static_cast<unsigned char>(c);
   return StateSeal::Time(std::chrono::seconds(static_cast<std::int64_t>(seconds)));
 }
 

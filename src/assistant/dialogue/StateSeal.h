@@ -34,7 +34,7 @@ class StateSeal {
   /// The key kept in `file`, which is made with mode 0600 if it is missing or holds no key, so that
   /// conversations go on when the service is started anew. Throws `std::runtime_error` with the path when it
   /// can be neither read nor made.
-  [[nodiscard]] static Key keyIn(const std::filesystem::path &file);
+  [[nodiscard]] static Key keyIn(const std::filesystem::path &path);
 
   /// `text` sealed at `now`. Throws `std::length_error` when it would be larger than `kLargest`, and
   /// `std::runtime_error` when the cipher fails.

@@ -8,9 +8,9 @@
 
 namespace velmora {
 
-/// `text` as it is to be spoken: numbers, times of the day, dates and signs in words, "7 × 12 = 84" as "seven
+/// What is `shown` as it is to be spoken: numbers, times of the day, dates and signs in words, "7 × 12 = 84" as "seven
 /// times twelve is eighty four". Any thread.
-[[nodiscard]] std::string spokenForm(std::string_view text);
+[[nodiscard]] std::string spokenForm(std::string_view shown);
 
 /// The sentences of `text`, so that the first can be spoken while the next is made. Together they have all of
 /// its words.
