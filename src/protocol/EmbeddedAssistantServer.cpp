@@ -10,6 +10,7 @@
 #include <array>
 #include <condition_variable>
 #include <mutex>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -266,13 +267,25 @@ class Server::Implementation {
     if (isRefused) {
       return call->finish(static_cast<int>(StatusCode::resourceExhausted), "Too many calls at once", {});
     }
-    std::thread([calls = m_calls, provider = m_provider, call = std::move(call)]() mutable {
-      serve(*call, *provider);
-      call.reset();
-      const std::lock_guard lock(calls->mutex);
-      --calls->running;
-      calls->changed.notify_all();
-    }).detach();
+    // Held here too, as a thread that cannot be made takes what it was given with it.
+    const auto held = std::make_shared<std::unique_ptr<ServerCall>>(std::move(call));
+    try {
+      std::thread([calls = m_calls, provider = m_provider, held] {
+        serve(**held, *provider);
+        held->reset();
+        leave(*calls);
+      }).detach();
+    } catch (const std::system_error &error) {
+      log("Server error: ", error.what());
+      (*held)->finish(static_cast<int>(StatusCode::resourceExhausted), "No thread is left for the call", {});
+      leave(*m_calls);
+    }
+  }
+
+  static void leave(Calls &calls) {
+    const std::lock_guard lock(calls.mutex);
+    --calls.running;
+    calls.changed.notify_all();
   }
 
   static void serve(ServerCall &call, Provider &provider);

@@ -10,8 +10,8 @@
 #include <stdexcept>
 #include <system_error>
 
-#include "foundation/File.h"
 #include "foundation/Descriptor.h"
+#include "foundation/File.h"
 #include "tools/Interruption.h"
 #include "tools/StandardOutput.h"
 

@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/StandardOutput.h"
 
-#include <fcntl.h>
 #include <poll.h>
 #include <unistd.h>
 
@@ -11,15 +10,6 @@
 #include <system_error>
 
 namespace velmora {
-
-void holdStandardStreams() {
-  for (const int number : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-    if (::fcntl(number, F_GETFD) >= 0) continue;
-    // Opened the wrong way round on purpose: using it fails as it would if it were closed. The lowest free
-    // number is given, and all below are taken by now.
-    [[maybe_unused]] const int held = ::open("/dev/null", number == STDIN_FILENO ? O_WRONLY : O_RDONLY);
-  }
-}
 
 void writeAll(int descriptor, std::string_view text, const std::function<bool()> &interrupted) {
   while (!text.empty()) {

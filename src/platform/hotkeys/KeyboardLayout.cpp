@@ -158,8 +158,8 @@ class KeyboardLayout::Server {
       if (!m_keymap) m_keymap = std::move(before);
     }
     if (news || other) Q_EMIT m_owner.changed();
-    // Reading may have taken further events from the socket into the queue.
-    if (other) takeEvents();
+    // Reading, and who asks us after a change, may have taken further events from the socket into the queue.
+    if (news || other) takeEvents();
   }
 
   KeyboardLayout &m_owner;

@@ -10,6 +10,7 @@
 #include <QDBusObjectPath>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
+#include <QDBusServiceWatcher>
 #include <QTimer>
 #include <array>
 
@@ -66,6 +67,15 @@ PortalHotKeyCenter::PortalHotKeyCenter(const QDBusConnection &bus) : m_bus(bus) 
   qDBusRegisterMetaType<PortalShortcut>();
   m_bus.connect(kService, kPath, kInterface, QStringLiteral("Activated"), this,
                 SLOT(activated(QDBusMessage)));
+  m_bus.connect(kService, {}, kSession, QStringLiteral("Closed"), this, SLOT(closed(QDBusMessage)));
+  // A portal that was started anew knows nothing of our session.
+  auto *const watcher =
+      new QDBusServiceWatcher(kService, m_bus, QDBusServiceWatcher::WatchForRegistration, this);
+  connect(watcher, &QDBusServiceWatcher::serviceRegistered, this, [this] {
+    m_session.clear();
+    m_failed = false;
+    if (!m_triggers.empty()) changeSoon();
+  });
 }
 
 PortalHotKeyCenter::~PortalHotKeyCenter() { closeSession(); }
@@ -76,6 +86,7 @@ std::optional<std::string> PortalHotKeyCenter::registerHotKey(std::uint32_t id, 
   if (!key) return "there is no such key";
   if (!m_bus.isConnected()) return "there is no session bus";
   m_triggers[id] = triggerOf(*key, modifiers);
+  m_failed = false;  // who asks anew may have changed their mind
   changeSoon();
   return {};
 }
@@ -182,6 +193,12 @@ void PortalHotKeyCenter::activated(const QDBusMessage &signal) {
     press(id);
     return;
   }
+}
+
+void PortalHotKeyCenter::closed(const QDBusMessage &signal) {
+  if (m_session.isEmpty() || signal.path() != m_session) return;
+  m_session.clear();
+  fail(QStringLiteral("it has closed the session"));
 }
 
 void PortalHotKeyCenter::fail(const QString &reason) {

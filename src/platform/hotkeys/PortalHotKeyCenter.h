@@ -36,6 +36,7 @@ class PortalHotKeyCenter final : public QObject, public HotKeyCenter {
  private Q_SLOTS:
   void activated(const QDBusMessage &signal);
   void responded(const QDBusMessage &response);
+  void closed(const QDBusMessage &signal);
 
  private:
   using Answer = std::function<void(const QVariantMap &results)>;
