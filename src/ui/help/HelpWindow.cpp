@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ui/help/HelpWindow.h"
 
-#include <QKeyEvent>
+#include <QShortcut>
 
 #include "platform/Workspace.h"
 #include "ui/Page.h"
@@ -31,6 +31,10 @@ void HelpWindow::showWindow() {
 
 void HelpWindow::windowDidLoad() {
   setWindowFlag(Qt::WindowStaysOnTopHint);
+  // A page lets no keys through to its window.
+  for (const auto keys : {QKeySequence::Cancel, QKeySequence::Close}) {
+    connect(new QShortcut(keys, this), &QShortcut::activated, this, &QWidget::close);
+  }
   show();
   raise();
   activateWindow();
@@ -43,14 +47,6 @@ void HelpWindow::closeEvent(QCloseEvent *event) {
   QWidget::closeEvent(event);
   // Nobody reads it all the time, and a page takes hundreds of megabytes.
   m_ui->helpWebView->unload();
-}
-
-void HelpWindow::keyPressEvent(QKeyEvent *event) {
-  if (event->matches(QKeySequence::Cancel) || event->matches(QKeySequence::Close)) {
-    close();
-  } else {
-    QWidget::keyPressEvent(event);
-  }
 }
 
 void HelpWindow::decidePolicyForNavigationAction(WebView &, WebNavigationType type, const QUrl &request,

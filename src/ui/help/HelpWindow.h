@@ -26,7 +26,6 @@ class HelpWindow : public QWidget, private WebPolicyDelegate {
 
  protected:
   void closeEvent(QCloseEvent *event) override;
-  void keyPressEvent(QKeyEvent *event) override;
 
  private:
   void windowDidLoad();

@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QIcon>
 #include <QKeyEvent>
+#include <QStyle>
 #include <utility>
 
 #include "platform/Workspace.h"
@@ -67,8 +68,9 @@ void PreferencesWindowController::windowDidLoad() {
   } else {
     m_ui->shortcutView->setAssociatedUserDefaultsKey(kCustomShortcut);
   }
-  // In the middle of the window beside the letters of its own line.
-  m_ui->generalLayout->setAlignment(m_ui->shortcutView, Qt::AlignLeading | Qt::AlignVCenter);
+  // Below the letters of the check box, not below the box.
+  m_ui->hotwordNote->setIndent(style()->pixelMetric(QStyle::PM_IndicatorWidth) +
+                               style()->pixelMetric(QStyle::PM_CheckBoxLabelSpacing));
   QFont nameFont = m_ui->appName->font();
   nameFont.setPointSizeF(nameFont.pointSizeF() * kNameScale);
   nameFont.setBold(true);
