@@ -23,13 +23,14 @@ namespace {
 
 using namespace velmora;
 
-constexpr int kSettled = 3000;  // milliseconds; long after the page is there and the focus has come
+constexpr QSize kFrame(10, 30);  // what a window manager adds, at the most
+constexpr int kSettled = 3000;   // milliseconds; long after the page is there and the focus has come
 
 std::unique_ptr<QWidget> windowOf(const QString &name, UserDefaults &defaults) {
   if (name == QLatin1String("help")) {
     auto help = std::make_unique<HelpWindow>();
     help->showWindow();
-    help->resize(help->size().boundedTo(help->screen()->availableSize()));
+    help->resize(help->size().boundedTo(help->screen()->availableSize() - kFrame));
     return help;
   }
   if (name.startsWith(QLatin1String("basic"))) {

@@ -207,13 +207,15 @@ TEST_F(PreferencesTest, ChoosesAmongTheMicrophonesThatAreThere) {
   EXPECT_TRUE(runUntil([&] { return !defaults.objectForKey(kInputDeviceKey).isValid(); }));
 }
 
-TEST_F(PreferencesTest, NoLanguageHasAMnemonicTwice) {
+TEST_F(PreferencesTest, NoLanguageHasAMnemonicTwiceOrATextCutOff) {
   for (const bool german : {false, true}) {
     ASSERT_TRUE(!german || installTranslations(QLocale(QLocale::German, QLocale::Austria)));
     PreferencesWindowController window(withLinks(), defaults);
-    (void)window.shortcutView();
+    window.showWindow();
     EXPECT_EQ(window.windowTitle().toStdString(),
               german ? "Einstellungen von Velmora" : "Velmora Preferences");
+    const auto &note = part<QLabel>(window, "hotwordNote");
+    EXPECT_GE(note.height(), note.heightForWidth(note.width()));
     const auto &tabs = part<QTabWidget>(window, "tabs");
     for (int page = 0; page < tabs.count(); ++page) {
       QStringList texts{tabs.tabText(0), tabs.tabText(1)};

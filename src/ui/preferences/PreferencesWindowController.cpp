@@ -68,9 +68,7 @@ void PreferencesWindowController::windowDidLoad() {
   } else {
     m_ui->shortcutView->setAssociatedUserDefaultsKey(kCustomShortcut);
   }
-  // Below the letters of the check box, not below the box.
-  m_ui->hotwordNote->setIndent(style()->pixelMetric(QStyle::PM_IndicatorWidth) +
-                               style()->pixelMetric(QStyle::PM_CheckBoxLabelSpacing));
+  layOutNote();
   QFont nameFont = m_ui->appName->font();
   nameFont.setPointSizeF(nameFont.pointSizeF() * kNameScale);
   nameFont.setBold(true);
@@ -93,6 +91,16 @@ void PreferencesWindowController::windowDidLoad() {
   watchSettings();
   GeneralTabClick();
   m_ui->shortcutView->setFocus();
+}
+
+void PreferencesWindowController::layOutNote() {
+  QLabel &note = *m_ui->hotwordNote;
+  note.ensurePolished();
+  // Below the letters of the check box, not below the box.
+  note.setIndent(style()->pixelMetric(QStyle::PM_IndicatorWidth) +
+                 style()->pixelMetric(QStyle::PM_CheckBoxLabelSpacing));
+  // The form does not ask how high a text becomes by its being broken into lines.
+  note.setMinimumHeight(note.heightForWidth(note.minimumWidth()));
 }
 
 void PreferencesWindowController::connectControls() {

@@ -56,6 +56,7 @@ class PreferencesWindowController : public QWidget {
  private:
   void loadWindow();
   void windowDidLoad();
+  void layOutNote();
   void connectControls();
   void watchSettings();
   void showInformation();
