@@ -40,8 +40,7 @@ ApplicationInformation withLinks() {
                                               .home = "https://home.example/"});
 }
 
-class PreferencesTest : public testing::Test {
- protected:
+struct PreferencesTest : testing::Test {
   PreferencesTest() { defaults.setObject(true, kLoggedInKey); }
   ~PreferencesTest() override {
     for (const auto key : {kRunAtLaunchEnableKey, kHotwordEnableKey, kInputDeviceKey, kLoggedInKey})
