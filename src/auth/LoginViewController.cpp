@@ -42,7 +42,7 @@ void LoginViewController::didFailLoad(WebView &webView, const QUrl &url) {
   if (!isLoginRedirect(url, m_loopbackPrefix)) webView.showFailure();
 }
 
-void LoginViewController::decidePolicyForNavigationAction(WebView &, const QUrl &request,
+void LoginViewController::decidePolicyForNavigationAction(WebView &, WebNavigationType, const QUrl &request,
                                                           WebPolicyListener &listener) {
   const auto requestToken = [this](const QString &code) { m_authenticator.requestToken(code); };
   if (followLoginNavigation(request, m_loopbackPrefix, requestToken) != LoginNavigation::elsewhere) {

@@ -44,7 +44,7 @@ class LoginViewController : public QWidget,
  private:
   void viewDidLoad();
   void didFailLoad(WebView &webView, const QUrl &url) override;
-  void decidePolicyForNavigationAction(WebView &webView, const QUrl &request,
+  void decidePolicyForNavigationAction(WebView &webView, WebNavigationType type, const QUrl &request,
                                        WebPolicyListener &listener) override;
 
   QString m_loopbackPrefix;

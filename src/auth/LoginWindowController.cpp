@@ -51,7 +51,7 @@ void LoginWindowController::didFailLoad(WebView &webView, const QUrl &url) {
   if (!isLoginRedirect(url, m_loopbackPrefix)) webView.showFailure();
 }
 
-void LoginWindowController::decidePolicyForNavigationAction(WebView &, const QUrl &request,
+void LoginWindowController::decidePolicyForNavigationAction(WebView &, WebNavigationType, const QUrl &request,
                                                             WebPolicyListener &listener) {
   const auto requestToken = [this](const QString &code) { m_authenticator.requestToken(code); };
   const auto navigation = followLoginNavigation(request, m_loopbackPrefix, requestToken);

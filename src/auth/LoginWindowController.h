@@ -33,7 +33,7 @@ class LoginWindowController : public QWidget, private WebFrameLoadDelegate, priv
  private:
   void windowDidLoad();
   void didFailLoad(WebView &webView, const QUrl &url) override;
-  void decidePolicyForNavigationAction(WebView &webView, const QUrl &request,
+  void decidePolicyForNavigationAction(WebView &webView, WebNavigationType type, const QUrl &request,
                                        WebPolicyListener &listener) override;
 
   Authenticator m_authenticator;

@@ -24,6 +24,23 @@ std::string text(const Json &object, const char *member, const std::filesystem::
   return found->get<std::string>();
 }
 
+/// A page for people, who will open it with one click.
+std::string link(const Json &links, const char *member, const std::filesystem::path &file) {
+  std::string address = text(links, member, file);
+  if (address.empty() || address.starts_with("https://") || address.starts_with("http://")) return address;
+  throw DeploymentError(file.string() + ": \"" + member + "\" must be an address with https:// or http://");
+}
+
+DeploymentLinks linksOf(const Json &object, const std::filesystem::path &file) {
+  const auto found = object.find("links");
+  if (found == object.end()) return {};
+  if (!found->is_object()) throw DeploymentError(file.string() + ": \"links\" must be a JSON object");
+  return {.forum = link(*found, "forum", file),
+          .fanPage = link(*found, "fan_page", file),
+          .microblog = link(*found, "microblog", file),
+          .home = link(*found, "home", file)};
+}
+
 std::optional<std::uint16_t> portOf(const Json &object, const std::filesystem::path &file) {
   const auto found = object.find("port");
   if (found == object.end()) return std::nullopt;
@@ -53,7 +70,8 @@ Deployment Deployment::load(const std::filesystem::path &folder) {
                         .host = text(json, "host", file),
                         .port = portOf(json, file),
                         .scope = text(json, "scope", file),
-                        .loopbackPrefix = text(json, "loopback_prefix", file)};
+                        .loopbackPrefix = text(json, "loopback_prefix", file),
+                        .links = linksOf(json, file)};
   if (deployment.host.empty()) throw DeploymentError(file.string() + ": \"host\" is missing");
   const auto endpoint = Endpoint::parse(deployment.host);
   if (!endpoint || endpoint->port) {

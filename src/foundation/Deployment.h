@@ -3,7 +3,8 @@
 //
 // A deployment: the folder that tells Velmora which assistant service it talks to.
 //
-//   deployment.json       {"host": "…", "port": 443, "scope": "…", "loopback_prefix": "http://localhost"}
+//   deployment.json       {"host": "…", "port": 443, "scope": "…", "loopback_prefix": "http://localhost",
+//                          "links": {"forum": "https://…", "fan_page": "…", "microblog": "…", "home": "…"}}
 //   roots.pem             the TLS roots
 //   google_oauth2.json    the client description of the sign-in
 #pragma once
@@ -25,6 +26,14 @@ class DeploymentError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+/// Pages of those who run a service, for people: http or https, or empty where there is none.
+struct DeploymentLinks {
+  std::string forum = {};
+  std::string fanPage = {};
+  std::string microblog = {};
+  std::string home = {};
+};
+
 /// An immutable record; safe to copy between threads.
 struct Deployment {
   std::filesystem::path folder;
@@ -32,6 +41,7 @@ struct Deployment {
   std::optional<std::uint16_t> port = {};  ///< absent: the default TLS port
   std::string scope = {};                  ///< what a sign-in asks for
   std::string loopbackPrefix = {};         ///< how the address begins to which a sign-in redirects
+  DeploymentLinks links = {};
 
   /// Reads `folder`/deployment.json. Throws `DeploymentError`; `host` is the only member that must be there.
   [[nodiscard]] static Deployment load(const std::filesystem::path &folder);

@@ -15,11 +15,14 @@ using tests::TemporaryFolder;
 TEST(Deployment, ReadsWhatTheFolderSays) {
   const TemporaryFolder folder;
   (void)folder.write("deployment.json", R"({"host": "assistant.example", "port": 8443, "scope": "s",
-                                            "loopback_prefix": "http://localhost", "later": [1]})");
+                                            "loopback_prefix": "http://localhost", "later": [1],
+                                            "links": {"home": "https://assistant.example/"}})");
   const Deployment deployment = Deployment::load(folder.path());
   EXPECT_EQ(deployment.address(), "assistant.example:8443");
   EXPECT_EQ(deployment.scope, "s");
   EXPECT_EQ(deployment.loopbackPrefix, "http://localhost");
+  EXPECT_EQ(deployment.links.home, "https://assistant.example/");
+  EXPECT_EQ(deployment.links.forum, "");
   EXPECT_EQ(deployment.resource("roots", "pem"), folder.path() / "roots.pem");
 }
 
@@ -30,18 +33,21 @@ TEST(Deployment, ComposesAddresses) {
 }
 
 TEST(Deployment, SaysWhichFileIsWrongAndHow) {
-  const std::pair<const char *, const char *> cases[] = {{nullptr, "is no deployment folder: "},
-                                                         {"", "not a JSON object"},
-                                                         {"[]", "not a JSON object"},
-                                                         {"{}", "\"host\" is missing"},
-                                                         {R"({"host": ""})", "\"host\" is missing"},
-                                                         {R"({"host": "a b c"})", "not 'a b c'"},
-                                                         {R"({"host": "unix:/tmp/x"})", "without a port"},
-                                                         {R"({"host": "h:443"})", "without a port"},
-                                                         {R"({"host": 7})", "\"host\" must be a text"},
-                                                         {R"({"host": "h", "port": 0})", "1 to 65535"},
-                                                         {R"({"host": "h", "port": 65536})", "1 to 65535"},
-                                                         {R"({"host": "h", "port": "443"})", "1 to 65535"}};
+  const std::pair<const char *, const char *> cases[] = {
+      {nullptr, "is no deployment folder: "},
+      {"", "not a JSON object"},
+      {"[]", "not a JSON object"},
+      {"{}", "\"host\" is missing"},
+      {R"({"host": ""})", "\"host\" is missing"},
+      {R"({"host": "a b c"})", "not 'a b c'"},
+      {R"({"host": "unix:/tmp/x"})", "without a port"},
+      {R"({"host": "h:443"})", "without a port"},
+      {R"({"host": 7})", "\"host\" must be a text"},
+      {R"({"host": "h", "port": 0})", "1 to 65535"},
+      {R"({"host": "h", "port": 65536})", "1 to 65535"},
+      {R"({"host": "h", "port": "443"})", "1 to 65535"},
+      {R"({"host": "h", "links": 1})", "a JSON object"},
+      {R"({"host": "h", "links": {"home": "file:///"}})", "with https:// or http://"}};
   const TemporaryFolder folder;
   const std::string file = folder.path() / "deployment.json";
   for (const auto &[contents, says] : cases) {

@@ -12,11 +12,11 @@
 #include <QPainter>
 #include <QPushButton>
 #include <QScreen>
-#include <QStyleFactory>
 #include <QThread>
 #include <QTimer>
 #include <cstdio>
 
+#include "gallery/Theme.h"
 #include "platform/window/Compositor.h"
 #include "ui/popover/INPopoverController.h"
 #include "ui/popover/Popover.h"
@@ -31,20 +31,6 @@ using namespace velmora;
 constexpr QRect kScene(0, 0, 600, 380);
 constexpr QRect kStatusItem(130, 2, 22, 22);
 constexpr QRect kOtherItem(410, 2, 22, 22);
-
-QPalette darkPalette() {
-  QPalette palette;
-  const QColor text(238, 238, 236);
-  const QColor window(48, 48, 50);
-  palette.setColor(QPalette::Window, window);
-  palette.setColor(QPalette::Button, QColor(68, 68, 70));
-  palette.setColor(QPalette::Base, QColor(34, 34, 36));
-  palette.setColor(QPalette::AlternateBase, window);
-  for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::BrightText})
-    palette.setColor(role, text);
-  palette.setColor(QPalette::PlaceholderText, QColor(170, 170, 170));
-  return palette;
-}
 
 /// A desktop with a status bar.
 class Desktop : public QWidget {
@@ -113,8 +99,7 @@ int main(int argc, char **argv) {
   QApplication application(argc, argv);
   const QStringList arguments = QApplication::arguments();
   const bool dark = arguments.contains(QStringLiteral("--dark"));
-  QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
-  if (dark) QApplication::setPalette(darkPalette());
+  tests::setTheme(dark);
   if (arguments.contains(QStringLiteral("--composited"))) {
     while (!desktopIsComposited()) QThread::msleep(20);
   }

@@ -31,7 +31,8 @@ using tests::page;
 using tests::runUntil;
 
 struct WebViewTest : testing::Test, WebPolicyDelegate {
-  void decidePolicyForNavigationAction(WebView &, const QUrl &request, WebPolicyListener &listener) override {
+  void decidePolicyForNavigationAction(WebView &, WebNavigationType, const QUrl &request,
+                                       WebPolicyListener &listener) override {
     asked.push_back(request.toEncoded().toStdString());
     if (!request.path().startsWith(QLatin1String("/ignored"))) listener.use();
   }

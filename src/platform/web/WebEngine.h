@@ -13,12 +13,18 @@
 
 namespace velmora {
 
+/// What makes a page go elsewhere.
+enum class WebNavigationType {
+  linkClicked,  ///< the user, or a script in their place
+  other,        ///< the program, a form, a redirect, the history
+};
+
 /// Who shows a page. Called on the main thread.
 class WebEngineClient {
  public:
   /// Asked before the main frame goes to `url`; false keeps it where it is. The engine must not be destroyed
   /// meanwhile.
-  virtual bool mayNavigate(const QUrl &url) = 0;
+  virtual bool mayNavigate(WebNavigationType type, const QUrl &url) = 0;
   virtual void pageFinished(bool loaded) = 0;
   /// There is nothing of `url` to be shown: its server cannot be reached, or is not trusted.
   virtual void pageFailed(const QUrl &url) = 0;
@@ -51,4 +57,4 @@ class WebEngineFactory {
 
 }  // namespace velmora
 
-Q_DECLARE_INTERFACE(velmora::WebEngineFactory, "velmora.WebEngineFactory/1")
+Q_DECLARE_INTERFACE(velmora::WebEngineFactory, "velmora.WebEngineFactory/2")

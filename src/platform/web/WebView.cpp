@@ -81,11 +81,11 @@ void WebView::showEvent(QShowEvent *event) {
   loadWanted();
 }
 
-bool WebView::mayNavigate(const QUrl &url) {
+bool WebView::mayNavigate(WebNavigationType type, const QUrl &url) {
   if (!m_delegate) return true;
   Decision decision;
   m_deciding = true;
-  m_delegate->decidePolicyForNavigationAction(*this, url, decision);
+  m_delegate->decidePolicyForNavigationAction(*this, type, url, decision);
   m_deciding = false;
   return decision.used && !m_wanted;
 }

@@ -35,7 +35,7 @@ class WebPolicyDelegate {
   /// Asked about each navigation of the main frame, however it comes about, once and before the request is
   /// sent; a redirect is a navigation of its own. Without a decision it is ignored. A page that is loaded
   /// meanwhile takes the place of the one asked about. The view must not be destroyed meanwhile.
-  virtual void decidePolicyForNavigationAction(WebView &webView, const QUrl &request,
+  virtual void decidePolicyForNavigationAction(WebView &webView, WebNavigationType type, const QUrl &request,
                                                WebPolicyListener &listener) = 0;
 
  protected:
@@ -97,7 +97,7 @@ class WebView : public QWidget, private WebEngineClient {
   void showEvent(QShowEvent *event) override;
 
  private:
-  bool mayNavigate(const QUrl &url) override;
+  bool mayNavigate(WebNavigationType type, const QUrl &url) override;
   void pageFinished(bool loaded) override;
   void pageFailed(const QUrl &url) override;
   void loadWanted();

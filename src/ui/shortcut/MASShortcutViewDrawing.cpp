@@ -22,10 +22,15 @@ QString text(const char *english) { return QCoreApplication::translate("MASShort
 }  // namespace
 
 QString MASShortcutView::title() const {
-  if (!m_recording) return m_shortcutValue ? m_shortcutValue->description() : text("Record Shortcut");
-  if (m_hinting) return m_shortcutValue ? text("Use Old Shortcut") : text("Cancel");
+  if (!m_recording)
+    return m_shortcutValue ? m_shortcutValue->description()
+                           : text(QT_TRANSLATE_NOOP("MASShortcut", "Record Shortcut"));
+  if (m_hinting)
+    return m_shortcutValue ? text(QT_TRANSLATE_NOOP("MASShortcut", "Use Old Shortcut"))
+                           : text(QT_TRANSLATE_NOOP("MASShortcut", "Cancel"));
   if (!m_shortcutPlaceholder.isEmpty()) return m_shortcutPlaceholder;
-  return m_shortcutValue ? text("Type New Shortcut") : text("Type Shortcut");
+  return m_shortcutValue ? text(QT_TRANSLATE_NOOP("MASShortcut", "Type New Shortcut"))
+                         : text(QT_TRANSLATE_NOOP("MASShortcut", "Type Shortcut"));
 }
 
 QString MASShortcutView::hint() const {

@@ -58,7 +58,11 @@ class Engine : public WebEngine {
   /// A page that goes reports the end of its load, to nobody.
   ~Engine() override { QObject::disconnect(&m_page, nullptr, &m_page, nullptr); }
   QWidget &widget() override { return m_view; }
-  void load(const QUrl &url) override { m_page.load(url); }
+  void load(const QUrl &url) override {
+    // Pages of our own lie on the window; those of others count on white.
+    m_page.setBackgroundColor(isLocal(url) ? m_view.palette().color(QPalette::Window) : QColor(Qt::white));
+    m_page.load(url);
+  }
 
  private:
   // In this order: a page goes before its profile.

@@ -19,9 +19,9 @@ bool hasNothing(const QWebEngineLoadingInfo &load) {
          load.errorDomain() != QWebEngineLoadingInfo::HttpStatusCodeDomain && load.errorCode() != kGivenUp;
 }
 
-bool isLocal(const QUrl &url) { return url.isLocalFile() || url.scheme() == QLatin1String("qrc"); }
-
 }  // namespace
+
+bool isLocal(const QUrl &url) { return url.isLocalFile() || url.scheme() == QLatin1String("qrc"); }
 
 WebPage::WebPage(QWebEngineProfile &profile, QString trustedRoots, WebEngineClient &client)
     : QWebEnginePage(&profile), m_trustedRoots(std::move(trustedRoots)), m_client(client) {
@@ -46,7 +46,9 @@ WebPage::WebPage(QWebEngineProfile &profile, QString trustedRoots, WebEngineClie
 bool WebPage::acceptNavigationRequest(const QUrl &target, NavigationType type, bool isMainFrame) {
   // What the program loads is typed; a page leads to local pages only from one.
   if (isLocal(target) && type != NavigationTypeTyped && !isLocal(url())) return false;
-  return !isMainFrame || m_client.mayNavigate(target);
+  const bool clicked = type == NavigationTypeLinkClicked;
+  return !isMainFrame ||
+         m_client.mayNavigate(clicked ? WebNavigationType::linkClicked : WebNavigationType::other, target);
 }
 
 QStringList WebPage::chooseFiles(FileSelectionMode, const QStringList &, const QStringList &) { return {}; }

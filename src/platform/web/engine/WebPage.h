@@ -10,6 +10,9 @@ class QWebEngineCertificateError;
 
 namespace velmora {
 
+/// Whether a page is one of the program's own, which it alone can show.
+[[nodiscard]] bool isLocal(const QUrl &url);
+
 /// A page that asks its client where it may go, and gets nothing of the desktop.
 class WebPage : public QWebEnginePage {
  public:

@@ -1,0 +1,259 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="de_DE" sourcelanguage="en">
+<context>
+    <name>HelpWindow</name>
+    <message>
+        <source>Velmora Help</source>
+        <translation>Hilfe zu Velmora</translation>
+    </message>
+    <message>
+        <source>Help page</source>
+        <translation>Hilfeseite</translation>
+    </message>
+</context>
+<context>
+    <name>Localizable</name>
+    <message>
+        <source>WiFi</source>
+        <translation>WLAN</translation>
+    </message>
+    <message>
+        <source>Cellular</source>
+        <translation>Mobilfunk</translation>
+    </message>
+    <message>
+        <source>No Connection</source>
+        <translation>Keine Verbindung</translation>
+    </message>
+</context>
+<context>
+    <name>LoginView</name>
+    <message>
+        <source>Sign in</source>
+        <translation>Anmelden</translation>
+    </message>
+    <message>
+        <source>Sign-in page</source>
+        <translation>Anmeldeseite</translation>
+    </message>
+</context>
+<context>
+    <name>LoginWindowController</name>
+    <message>
+        <source>Sign in to Velmora</source>
+        <translation>Bei Velmora anmelden</translation>
+    </message>
+    <message>
+        <source>Sign-in page</source>
+        <translation>Anmeldeseite</translation>
+    </message>
+</context>
+<context>
+    <name>MASShortcut</name>
+    <message>
+        <source>Space</source>
+        <translation>Leertaste</translation>
+    </message>
+    <message>
+        <source>This combination cannot be used because it is already used by a system-wide keyboard shortcut.
+If you really want to use this key combination, most shortcuts can be changed in the Keyboard &amp; Mouse panel in System Preferences.</source>
+        <translation>Diese Kombination kann nicht verwendet werden, weil sie schon ein systemweites Tastenkürzel ist.
+Wenn Sie genau diese Tasten möchten: Die meisten Tastenkürzel lassen sich in den Systemeinstellungen unter „Tastatur &amp; Maus“ ändern.</translation>
+    </message>
+    <message>
+        <source>This shortcut cannot be used because it is already used by the menu item ‘%@’.</source>
+        <translation>Dieses Tastenkürzel kann nicht verwendet werden, weil es schon zum Menüpunkt „%@“ gehört.</translation>
+    </message>
+    <message>
+        <source>Shortcut set</source>
+        <translation>Tastenkürzel festgelegt</translation>
+    </message>
+    <message>
+        <source>Shortcut cleared</source>
+        <translation>Tastenkürzel gelöscht</translation>
+    </message>
+    <message>
+        <source>Delete shortcut</source>
+        <translation>Tastenkürzel löschen</translation>
+    </message>
+    <message>
+        <source>Click to record new shortcut</source>
+        <translation>Klicken, um ein neues Tastenkürzel aufzunehmen</translation>
+    </message>
+    <message>
+        <source>keyboard shortcut</source>
+        <translation>Tastenkürzel</translation>
+    </message>
+    <message>
+        <source>To record a new shortcut, click this button, and then type the new shortcut, or press delete to clear an existing shortcut.</source>
+        <translation>Um ein neues Tastenkürzel aufzunehmen, klicken Sie auf diese Schaltfläche und drücken Sie dann die neuen Tasten. Die Löschtaste entfernt ein vorhandenes Tastenkürzel.</translation>
+    </message>
+    <message>
+        <source>Record Shortcut</source>
+        <translation>Tastenkürzel aufnehmen</translation>
+    </message>
+    <message>
+        <source>Use Old Shortcut</source>
+        <translation>Altes Tastenkürzel behalten</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>Type New Shortcut</source>
+        <translation>Neue Tasten drücken</translation>
+    </message>
+    <message>
+        <source>Type Shortcut</source>
+        <translation>Tasten drücken</translation>
+    </message>
+    <message>
+        <source>The key combination %@ cannot be used</source>
+        <translation>Die Tastenkombination %@ kann nicht verwendet werden</translation>
+    </message>
+    <message>
+        <source>OK</source>
+        <translation>OK</translation>
+    </message>
+</context>
+<context>
+    <name>PreferencesWindow</name>
+    <message>
+        <source>Velmora Preferences</source>
+        <translation>Einstellungen von Velmora</translation>
+    </message>
+    <message>
+        <source>Preferences</source>
+        <translation>Einstellungen</translation>
+    </message>
+    <message>
+        <source>&amp;General</source>
+        <translation>&amp;Allgemein</translation>
+    </message>
+    <message>
+        <source>&amp;Shortcut:</source>
+        <translation>&amp;Tastenkürzel:</translation>
+    </message>
+    <message>
+        <source>&amp;Microphone:</source>
+        <translation>&amp;Mikrofon:</translation>
+    </message>
+    <message>
+        <source>Microphone</source>
+        <translation>Mikrofon</translation>
+    </message>
+    <message>
+        <source>&amp;Listen for “okay mac”</source>
+        <translation>Auf „okay mac“ &amp;hören</translation>
+    </message>
+    <message>
+        <source>The microphone is open while this is on. What it hears stays on this computer until you have said the words.</source>
+        <translation>Solange dies eingeschaltet ist, ist das Mikrofon offen. Was es hört, bleibt auf diesem Rechner, bis Sie die Worte gesagt haben.</translation>
+    </message>
+    <message>
+        <source>&amp;Run Velmora when I log in</source>
+        <translation>Velmora beim Anmelden &amp;starten</translation>
+    </message>
+    <message>
+        <source>Account:</source>
+        <translation>Konto:</translation>
+    </message>
+    <message>
+        <source>Sign &amp;out</source>
+        <translation>A&amp;bmelden</translation>
+    </message>
+    <message>
+        <source>&amp;About</source>
+        <translation>&amp;Über</translation>
+    </message>
+    <message>
+        <source>Icon of the application</source>
+        <translation>Symbol der Anwendung</translation>
+    </message>
+    <message>
+        <source>Version</source>
+        <translation>Version</translation>
+    </message>
+    <message>
+        <source>&amp;Support forum</source>
+        <translation>&amp;Hilfeforum</translation>
+    </message>
+    <message>
+        <source>&amp;Fan page</source>
+        <translation>&amp;Fanseite</translation>
+    </message>
+    <message>
+        <source>M&amp;icroblog</source>
+        <translation>&amp;Mikroblog</translation>
+    </message>
+    <message>
+        <source>&amp;Home page</source>
+        <translation>&amp;Webseite</translation>
+    </message>
+</context>
+<context>
+    <name>QMessageBox</name>
+    <message>
+        <source>OK</source>
+        <translation>OK</translation>
+    </message>
+</context>
+<context>
+    <name>popOverView</name>
+    <message>
+        <source>Where Velmora is</source>
+        <translation>Wo Velmora ist</translation>
+    </message>
+    <message>
+        <source>Velmora is up here</source>
+        <translation>Velmora ist hier oben</translation>
+    </message>
+    <message>
+        <source>Click the icon or press your shortcut, and say what you would like to know.</source>
+        <translation>Klicken Sie auf das Symbol oder drücken Sie Ihr Tastenkürzel, und sagen Sie, was Sie wissen möchten.</translation>
+    </message>
+</context>
+<context>
+    <name>velmora::MicrophoneBox</name>
+    <message>
+        <source>The desktop’s default</source>
+        <translation>Vorgabe der Arbeitsumgebung</translation>
+    </message>
+    <message>
+        <source>%1 (not attached)</source>
+        <translation>%1 (nicht angeschlossen)</translation>
+    </message>
+</context>
+<context>
+    <name>velmora::PreferencesWindowController</name>
+    <message>
+        <source>The folder of programs that start at log-in cannot be written.</source>
+        <translation>Der Ordner der Programme, die beim Anmelden starten, ist nicht beschreibbar.</translation>
+    </message>
+    <message>
+        <source>You are signed in.</source>
+        <translation>Sie sind angemeldet.</translation>
+    </message>
+    <message>
+        <source>You are not signed in.</source>
+        <translation>Sie sind nicht angemeldet.</translation>
+    </message>
+</context>
+<context>
+    <name>velmora::WebView</name>
+    <message>
+        <source>&amp;Try again</source>
+        <translation>&amp;Noch einmal versuchen</translation>
+    </message>
+    <message>
+        <source>The page at %1 cannot be loaded.</source>
+        <translation>Die Seite von %1 kann nicht geladen werden.</translation>
+    </message>
+    <message>
+        <source>Web pages cannot be shown: the web engine is not installed.</source>
+        <translation>Webseiten können nicht gezeigt werden: Die Web-Engine ist nicht installiert.</translation>
+    </message>
+</context>
+</TS>

@@ -1,0 +1,14 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QString>
+#include <QUrl>
+
+namespace velmora {
+
+/// The address of a page that Velmora brings along, for a web view: "Help", and "basic9" and "basic10" for
+/// while it listens. Invalid when there is no page of that name.
+[[nodiscard]] QUrl pageNamed(const QString &name);
+
+}  // namespace velmora

@@ -1,0 +1,28 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+#include "ui/Translations.h"
+
+#include <QCoreApplication>
+#include <QLibraryInfo>
+#include <QLocale>
+#include <QTranslator>
+
+namespace velmora {
+namespace {
+
+bool install(const QLocale &locale, const QString &name, const QString &folder) {
+  // Belongs to the application, and goes with it.
+  auto *translator = new QTranslator(QCoreApplication::instance());
+  return translator->load(locale, name, QStringLiteral("_"), folder) &&
+         QCoreApplication::installTranslator(translator);
+}
+
+}  // namespace
+
+bool installTranslations(const QLocale &locale) {
+  // Ours comes last, and so is asked first.
+  install(locale, QStringLiteral("qtbase"), QLibraryInfo::path(QLibraryInfo::TranslationsPath));
+  return install(locale, QStringLiteral("velmora"), QStringLiteral(":/translations"));
+}
+
+}  // namespace velmora

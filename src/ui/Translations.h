@@ -1,0 +1,14 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+class QLocale;
+
+namespace velmora {
+
+/// Has the application speak the user's language where there is a catalogue for it, the toolkit's own texts
+/// included, and English elsewhere. To be called once, after the application is made and before its first
+/// window. True when there was one.
+bool installTranslations(const QLocale &locale);
+
+}  // namespace velmora

@@ -1,0 +1,184 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+#include "ui/preferences/PreferencesWindowController.h"
+
+#include <QApplication>
+#include <QIcon>
+#include <QKeyEvent>
+#include <QStyle>
+#include <utility>
+
+#include "platform/Workspace.h"
+#include "ui/preferences/PreferenceKeys.h"
+#include "ui_PreferencesWindow.h"
+
+namespace velmora {
+namespace {
+
+constexpr int kIconSize = 96;                       // logical pixels
+constexpr double kNameScale = 1.5;                  // against the other letters
+constexpr QLatin1String kLoggedInKey("logged_in");  // false signs the user out, whoever writes it
+const QString kCustomShortcut = QStringLiteral("customShortcut");
+
+QIcon applicationIcon() {
+  const QIcon icon = QApplication::windowIcon();
+  return icon.isNull() ? QIcon(QStringLiteral(":/icons/velmora.png")) : icon;
+}
+
+void setTextIfAny(QLabel &label, const QString &text) {
+  if (!text.isEmpty()) label.setText(text);
+}
+
+}  // namespace
+
+PreferencesWindowController::PreferencesWindowController(ApplicationInformation information,
+                                                         UserDefaults &defaults, ShortcutMaker makeShortcut)
+    : m_information(std::move(information)),
+      m_defaults(defaults),
+      m_makeShortcut(std::move(makeShortcut)),
+      m_loginItem(kLoginHelperIdentifier) {
+  // A status-bar program goes on without a window.
+  setAttribute(Qt::WA_QuitOnClose, false);
+}
+
+PreferencesWindowController::~PreferencesWindowController() = default;
+
+void PreferencesWindowController::showWindow() {
+  loadWindow();
+  show();
+  raise();
+  activateWindow();
+}
+
+MASShortcutView &PreferencesWindowController::shortcutView() {
+  loadWindow();
+  return *m_ui->shortcutView;
+}
+
+void PreferencesWindowController::loadWindow() {
+  if (m_ui) return;
+  m_ui = std::make_unique<Ui::PreferencesWindow>();
+  m_ui->setupUi(this);
+  windowDidLoad();
+}
+
+void PreferencesWindowController::windowDidLoad() {
+  if (m_makeShortcut) {
+    m_shortcut = m_makeShortcut(*m_ui->shortcutView);
+  } else {
+    m_ui->shortcutView->setAssociatedUserDefaultsKey(kCustomShortcut);
+  }
+  layOutNote();
+  QFont nameFont = m_ui->appName->font();
+  nameFont.setPointSizeF(nameFont.pointSizeF() * kNameScale);
+  nameFont.setBold(true);
+  m_ui->appName->setFont(nameFont);
+  m_ui->runAtLaunchCheckBox->setEnabled(LoginItem::canAutostart());
+  if (!m_ui->runAtLaunchCheckBox->isEnabled()) {
+    m_ui->runAtLaunchCheckBox->setToolTip(
+        tr("The folder of programs that start at log-in cannot be written."));
+  }
+  showInformation();
+  const std::pair<QWidget *, const QUrl &> links[] = {{m_ui->faqButton, m_information.forum},
+                                                      {m_ui->fanPageButton, m_information.fanPage},
+                                                      {m_ui->twitterButton, m_information.microblog},
+                                                      {m_ui->tessalyButton, m_information.home}};
+  for (const auto &[button, address] : links) {
+    button->setVisible(!address.isEmpty());
+    button->setToolTip(address.toDisplayString());
+  }
+  connectControls();
+  watchSettings();
+  GeneralTabClick();
+  m_ui->shortcutView->setFocus();
+}
+
+void PreferencesWindowController::layOutNote() {
+  QLabel &note = *m_ui->hotwordNote;
+  note.ensurePolished();
+  // Below the letters of the check box, not below the box.
+  note.setIndent(style()->pixelMetric(QStyle::PM_IndicatorWidth) +
+                 style()->pixelMetric(QStyle::PM_CheckBoxLabelSpacing));
+  // The form does not ask how high a text becomes by its being broken into lines.
+  note.setMinimumHeight(note.heightForWidth(note.minimumWidth()));
+}
+
+void PreferencesWindowController::connectControls() {
+  connect(m_ui->tabs, &QTabWidget::currentChanged, this, [this] {
+    if (m_ui->tabs->currentWidget() == m_ui->aboutView) showInformation();
+  });
+  connect(m_ui->runAtLaunchCheckBox, &QCheckBox::clicked, this,
+          &PreferencesWindowController::runAtLaunchStateChanged);
+  connect(m_ui->hotwordCheckBox, &QCheckBox::clicked, this, [this](bool on) {
+    m_defaults.setObject(on, kHotwordEnableKey);
+    m_defaults.synchronize();
+  });
+  connect(m_ui->microphoneBox, &QComboBox::currentIndexChanged, this, [this] {
+    const QString name = m_ui->microphoneBox->microphone();
+    m_defaults.setObject(name.isEmpty() ? QVariant() : name, kInputDeviceKey);
+    m_defaults.synchronize();
+  });
+  connect(m_ui->signOutButton, &QPushButton::clicked, this,
+          [this] { m_defaults.setObject(false, kLoggedInKey); });
+  connect(m_ui->faqButton, &QPushButton::clicked, this, &PreferencesWindowController::FAQClick);
+  connect(m_ui->fanPageButton, &QPushButton::clicked, this, &PreferencesWindowController::FanPageClick);
+  connect(m_ui->twitterButton, &QPushButton::clicked, this, &PreferencesWindowController::TwitterClick);
+  connect(m_ui->tessalyButton, &QPushButton::clicked, this, &PreferencesWindowController::TessalyClick);
+}
+
+void PreferencesWindowController::watchSettings() {
+  const auto watch = [this](const QString &key, UserDefaults::Observer observer) {
+    using Notify = UserDefaults::Notify;
+    m_observations.push_back(m_defaults.addObserver(key, Notify::initialAndNew, std::move(observer)));
+  };
+  watch(kRunAtLaunchEnableKey,
+        [this](const QVariant &value) { m_ui->runAtLaunchCheckBox->setChecked(value.toBool()); });
+  watch(kHotwordEnableKey,
+        [this](const QVariant &value) { m_ui->hotwordCheckBox->setChecked(value.toBool()); });
+  watch(kInputDeviceKey, [this](const QVariant &value) {
+    const QSignalBlocker quiet(m_ui->microphoneBox);
+    m_ui->microphoneBox->setMicrophone(value.toString());
+  });
+  watch(kLoggedInKey, [this](const QVariant &value) { showAccount(value.toBool()); });
+}
+
+void PreferencesWindowController::GeneralTabClick() { m_ui->tabs->setCurrentWidget(m_ui->generalVIew); }
+
+void PreferencesWindowController::AboutTabClick() {
+  m_ui->tabs->setCurrentWidget(m_ui->aboutView);
+  showInformation();
+}
+
+void PreferencesWindowController::runAtLaunchStateChanged() {
+  const bool on = m_ui->runAtLaunchCheckBox->isChecked();
+  m_defaults.setObject(on, kRunAtLaunchEnableKey);
+  m_defaults.synchronize();
+  m_loginItem.setEnabled(on);
+}
+
+void PreferencesWindowController::FAQClick() { openUrl(m_information.forum); }
+void PreferencesWindowController::FanPageClick() { openUrl(m_information.fanPage); }
+void PreferencesWindowController::TwitterClick() { openUrl(m_information.microblog); }
+void PreferencesWindowController::TessalyClick() { openUrl(m_information.home); }
+
+void PreferencesWindowController::keyPressEvent(QKeyEvent *event) {
+  if (event->matches(QKeySequence::Cancel) || event->matches(QKeySequence::Close)) {
+    close();
+  } else {
+    QWidget::keyPressEvent(event);
+  }
+}
+
+void PreferencesWindowController::showInformation() {
+  m_ui->appIconImage->setPixmap(applicationIcon().pixmap(QSize(kIconSize, kIconSize), devicePixelRatioF()));
+  setTextIfAny(*m_ui->appName, m_information.name);
+  setTextIfAny(*m_ui->appVersion, m_information.version);
+  setTextIfAny(*m_ui->appCopyright, m_information.copyright);
+}
+
+void PreferencesWindowController::showAccount(bool signedIn) {
+  m_ui->accountState->setText(signedIn ? tr("You are signed in.") : tr("You are not signed in."));
+  m_ui->signOutButton->setEnabled(signedIn);
+}
+
+}  // namespace velmora

@@ -1,0 +1,92 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/LoginItem.h"
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+#include <QSettings>
+#include <QUrl>
+
+#include "foundation/File.h"
+#include "platform/Workspace.h"
+#include "support/CapturedLog.h"
+#include "support/TemporaryFolder.h"
+
+namespace velmora {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+
+struct LoginItemTest : testing::Test {
+  LoginItemTest() { qputenv("XDG_CONFIG_HOME", config.path().c_str()); }
+  ~LoginItemTest() override { qputenv("XDG_CONFIG_HOME", before); }
+
+  tests::TemporaryFolder config;
+  QByteArray before = qgetenv("XDG_CONFIG_HOME");
+  fs::path entry = config.path() / "autostart/com.example.Helper.desktop";
+};
+
+TEST_F(LoginItemTest, NamesTheProgramSoThatADesktopStartsIt) {
+  const std::pair<const char *, const char *> cases[] = {
+      {"/usr/bin/velmora", R"(Exec="/usr/bin/velmora")"},
+      {"/opt/my tools/100%/velmora", R"(Exec="/opt/my tools/100%%/velmora")"},
+      {R"(/opt/a"b$c`d\e)", R"(Exec="/opt/a\\"b\\$c\\`d\\\\e")"},
+      {"/opt/a\nHidden=true", R"(Exec="/opt/a\nHidden=true")"}};
+  for (const auto &[program, line] : cases) {
+    const LoginItem item("com.example.Helper", program);
+    EXPECT_TRUE(item.setEnabled(true));
+    EXPECT_TRUE(item.isEnabled());
+    const std::string text = readFile(entry);
+    EXPECT_THAT(text, testing::StartsWith("[Desktop Entry]\nType=Application\n"));
+    EXPECT_THAT(text, HasSubstr(std::string("\n") + line + '\n'));
+    EXPECT_THAT(text, HasSubstr("\nX-Velmora-Helper=com.example.Helper\n"));
+  }
+  struct stat status {};
+  ASSERT_EQ(::stat(entry.c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0644U);
+}
+
+TEST_F(LoginItemTest, GoesAndKnowsThatTheDesktopSwitchedItOff) {
+  const LoginItem item("com.example.Helper", "/usr/bin/velmora");
+  EXPECT_TRUE(item.setEnabled(false)) << "there is none";
+  EXPECT_FALSE(item.isEnabled());
+  for (const char *off : {"Hidden=true\n", "X-GNOME-Autostart-enabled=false\n"}) {
+    EXPECT_TRUE(item.setEnabled(true));
+    writeFile(entry, readFile(entry) + off);
+    EXPECT_FALSE(item.isEnabled()) << off;
+  }
+  EXPECT_TRUE(item.setEnabled(false));
+  EXPECT_FALSE(fs::exists(entry));
+}
+
+TEST_F(LoginItemTest, SaysWhenThereIsNoPlaceForIt) {
+  EXPECT_TRUE(LoginItem::canAutostart());
+  (void)config.write("autostart", "a file in the place of the folder");
+  EXPECT_FALSE(LoginItem::canAutostart());
+  const tests::CapturedLog log;
+  EXPECT_FALSE(LoginItem("com.example.Helper", "/usr/bin/velmora").setEnabled(true));
+  EXPECT_EQ(log.count("Login item error: "), 1);
+}
+
+TEST(Workspace, OpensPagesAndLettersOnly) {
+  std::vector<std::string> opened;
+  setUrlOpener([&](const QUrl &url) {
+    opened.push_back(url.toString().toStdString());
+    return true;
+  });
+  const tests::CapturedLog log;
+  for (const char *address :
+       {"file:///usr/bin/velmora", "javascript:alert(1)", "/relative", "smb://host/x", ""}) {
+    EXPECT_FALSE(openUrl(QUrl(QString::fromLatin1(address)))) << address;
+  }
+  EXPECT_TRUE(openUrl(QUrl(QStringLiteral("https://velmora.example/"))));
+  EXPECT_TRUE(openUrl(QUrl(QStringLiteral("mailto:ada@velmora.example"))));
+  setUrlOpener({});
+  EXPECT_THAT(opened, testing::ElementsAre("https://velmora.example/", "mailto:ada@velmora.example"));
+  EXPECT_EQ(log.count("Link error: "), 5);
+}
+
+}  // namespace
+}  // namespace velmora
