@@ -5,7 +5,10 @@
 #include <gmock/gmock.h>
 
 #include <QtGlobal>
+#include <algorithm>
 #include <atomic>
+#include <cmath>
+#include <numeric>
 
 #include "auth/TokenStore.h"
 #include "engine/API.h"
@@ -132,6 +135,29 @@ Samples heardDuring(const SoundServer &server, const Deed &deed) {
   return all;
 }
 
+/// The correlation of the two in the 10 ms in which they are least alike; silence is like anything. The
+/// server's resampler begins anywhere between two samples, so that one may be half a sample later than the
+/// other; what is missing or comes twice makes all that follows unlike.
+double leastLikeness(const Samples &one, const Samples &other) {
+  constexpr std::ptrdiff_t kPart = 441;
+  double best = -1.0;
+  for (const std::ptrdiff_t lag : {-1, 0, 1}) {
+    double least = 1.0;
+    const auto end = static_cast<std::ptrdiff_t>(std::min(one.size(), other.size())) - kPart - 1;
+    for (std::ptrdiff_t at = 1; at < end; at += kPart) {
+      const auto begin = one.begin() + at;
+      const auto begun = other.begin() + at + lag;
+      const double product = std::inner_product(begin, begin + kPart, begun, 0.0);
+      const double power = std::inner_product(begin, begin + kPart, begin, 0.0);
+      const double otherPower = std::inner_product(begun, begun + kPart, begun, 0.0);
+      if (std::max(power, otherPower) < kPart * 100.0 * 100.0) continue;  // -50 dBFS
+      least = std::min(least, product / std::sqrt(std::max(1.0, power * otherPower)));
+    }
+    best = std::max(best, least);
+  }
+  return best;
+}
+
 TEST(VoiceTurn, ASpokenQuestionIsAnsweredAloudAndAFollowOnListensByItself) {
   const SoundServer server;
   const LocalAssistant assistant({.program = VELMORA_ASSISTANT});
@@ -163,10 +189,8 @@ TEST(VoiceTurn, ASpokenQuestionIsAnsweredAloudAndAFollowOnListensByItself) {
 
   const Samples wanted = heardDuring(server, [&] { server.play(whole, rate); });
   ASSERT_GT(wanted.size(), whole.size() / 2);
-  EXPECT_EQ(heard.size(), wanted.size());
-  EXPECT_TRUE(heard == wanted)
-      << "first difference at "
-      << std::mismatch(heard.begin(), heard.end(), wanted.begin(), wanted.end()).first - heard.begin();
+  EXPECT_NEAR(static_cast<double>(heard.size()), static_cast<double>(wanted.size()), 4.0);
+  EXPECT_GT(leastLikeness(heard, wanted), 0.7);
   EXPECT_EQ(screen.answers.values().size(), 2U);
   EXPECT_FALSE(screen.capture.isListening());
 }
