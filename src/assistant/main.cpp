@@ -8,9 +8,11 @@
 
 #include <QCoreApplication>
 #include <array>
+#include <cerrno>
 #include <csignal>
 #include <iostream>
 #include <nlohmann/json.hpp>
+#include <system_error>
 #include <thread>
 
 #include "assistant/AssistantOptions.h"
@@ -19,6 +21,7 @@
 #include "assistant/StatusSocket.h"
 #include "assistant/dialogue/SystemServices.h"
 #include "assistant/signin/SignInProvider.h"
+#include "foundation/Descriptor.h"
 #include "foundation/File.h"
 #include "foundation/Log.h"
 #include "foundation/StateFolder.h"
@@ -46,16 +49,18 @@ void writeDeployment(const std::filesystem::path &folder, int port) {
 }
 
 /// Ends the waiting of `poll` when the program is told to stop. Made before any thread, which inherit the
-/// mask.
-int stopSignals() {
-  std::signal(SIGPIPE, SIG_IGN);
+/// mask. Throws `std::runtime_error`.
+Descriptor stopSignals() {
   sigset_t signals;
   sigemptyset(&signals);
   sigaddset(&signals, SIGTERM);
   sigaddset(&signals, SIGINT);
   sigaddset(&signals, SIGHUP);
   pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-  return ::signalfd(-1, &signals, SFD_CLOEXEC);
+  Descriptor descriptor(::signalfd(-1, &signals, SFD_CLOEXEC));
+  if (descriptor.number() < 0)
+    throw std::runtime_error("cannot wait for signals: " + std::generic_category().message(errno));
+  return descriptor;
 }
 
 /// Returns when the program is to stop; tells `statistics` to whoever asks meanwhile.
@@ -72,7 +77,8 @@ void serveStatus(int signals, bool stopAtEof, const StatusSocket &socket, const 
   }
 }
 
-void run(const AssistantOptions &options, int signals) {
+void run(const AssistantOptions &options) {
+  const Descriptor signals = stopSignals();
   SystemServices services(stateFolder());
   SignInProvider signIn(SignInProvider::forThisUser(options.signInPort));
   if (!options.token.empty()) signIn.acceptForThisRun(options.token);
@@ -98,7 +104,7 @@ void run(const AssistantOptions &options, int signals) {
                              {"deployment", deployment.string()}};
   std::cout << ready.dump() << std::endl;
   if (!std::cout) throw std::runtime_error("standard output cannot be written");
-  serveStatus(signals, options.stopAtEof, status, provider.statistics());
+  serveStatus(signals.number(), options.stopAtEof, status, provider.statistics());
 
   std::thread([&folder] {
     std::this_thread::sleep_for(kLongestStop);
@@ -115,7 +121,7 @@ int printStatus() {
     const auto text = StatusSocket::ask(folder);
     if (!text) continue;
     ++answered;
-    std::cout << *text;
+    std::cout << *text << '\n';
   }
   std::cout << std::flush;
   if (!std::cout) throw std::runtime_error("standard output cannot be written");
@@ -124,14 +130,14 @@ int printStatus() {
 }
 
 int runProgram(int argc, char *argv[]) {
-  const int signals = stopSignals();
+  std::signal(SIGPIPE, SIG_IGN);
   const QCoreApplication application(argc, argv);
   try {
     const auto options = AssistantOptions::parse(QCoreApplication::arguments());
     if (!options) return 0;
     if (options->status) return printStatus();
     setLogSink(options->verbose ? standardErrorSink() : LogSink());
-    run(*options, signals);
+    run(*options);
     return 0;
   } catch (const UsageError &error) {
     std::cerr << "velmora-assistant: " << error.what() << "; see velmora-assistant --help\n";
