@@ -80,7 +80,7 @@ void serveStatus(int signals, bool stopAtEof, const StatusSocket &socket, const 
 void run(const AssistantOptions &options) {
   const Descriptor signals = stopSignals();
   SystemServices services(stateFolder());
-  SignInProvider signIn(SignInProvider::forThisUser(options.signInPort));
+  SignInProvider signIn(SignInProvider::forThisUser(options.signInPort, !options.recordings.empty()));
   if (!options.token.empty()) signIn.acceptForThisRun(options.token);
   AssistantProvider provider([&](std::string_view token) { return signIn.isLive(token); },
                              Dialogue(services.services(), services.seal()), {.streams = options.streams});
@@ -117,7 +117,8 @@ void run(const AssistantOptions &options) {
 /// Prints what each running service says of itself.
 int printStatus() {
   int answered = 0;
-  for (const auto &folder : RunningFolder::all()) {
+  const auto running = RunningFolder::all();
+  for (const auto &folder : running) {
     const auto text = StatusSocket::ask(folder);
     if (!text) continue;
     ++answered;
@@ -125,7 +126,8 @@ int printStatus() {
   }
   std::cout << std::flush;
   if (!std::cout) throw std::runtime_error("standard output cannot be written");
-  if (answered == 0) throw std::runtime_error("no local assistant of this user is running");
+  if (running.empty()) throw std::runtime_error("no local assistant of this user is running");
+  if (answered == 0) throw std::runtime_error("the local assistant of this user does not answer");
   return 0;
 }
 
