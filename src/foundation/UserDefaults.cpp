@@ -157,7 +157,10 @@ void UserDefaults::removeObjectForKey(const QString &key) {
 }
 
 bool UserDefaults::synchronize() {
-  if (!m_settings) return true;
+  if (!m_settings) {
+    m_problem = m_file.toStdString() + ": is no file of settings";
+    return m_file.isEmpty();
+  }
   QVariantMap before;
   for (const auto &weak : m_watches) {
     if (const auto watch = weak.lock()) before.insert(watch->key, objectForKey(watch->key));

@@ -79,7 +79,8 @@ class UserDefaults {
   void removeObjectForKey(const QString &key);
 
   /// Writes what is pending and reads what other processes wrote, whose changes observers are told. False,
-  /// after one line in the log, when the file could not be written or read; the values stay in memory.
+  /// after one line in the log, when the file could not be written or read, or is left alone; the values stay
+  /// in memory.
   bool synchronize();
   /// Why the last `synchronize()` failed: the path and the reason.
   [[nodiscard]] const std::string &problem() const { return m_problem; }
