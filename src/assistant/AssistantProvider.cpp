@@ -141,7 +141,8 @@ void AssistantProvider::converse(Session &session) {
     if (!isAuthorised(session.requestMetadata()))
       throw Refusal{StatusCode::unauthenticated, "The access token is missing or not valid"};
     const auto place = m_statistics.takePlace(m_limits.streams);
-    if (!place) throw Refusal{StatusCode::resourceExhausted, "Too many conversations at once; try again later"};
+    if (!place)
+      throw Refusal{StatusCode::resourceExhausted, "Too many conversations at once; try again later"};
     serve(session);
   } catch (const Refusal &refusal) {
     m_statistics.addRefusal();
