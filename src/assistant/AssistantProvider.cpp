@@ -137,11 +137,11 @@ bool AssistantProvider::isAuthorised(const Metadata &metadata) const {
 }
 
 void AssistantProvider::converse(Session &session) {
-  const Statistics::Stream stream(m_statistics);
   try {
     if (!isAuthorised(session.requestMetadata()))
       throw Refusal{StatusCode::unauthenticated, "The access token is missing or not valid"};
-    if (m_statistics.streams() > m_limits.streams)
+    const auto place = m_statistics.takePlace(m_limits.streams);
+    if (!place)
       throw Refusal{StatusCode::resourceExhausted, "Too many conversations at once; try again later"};
     serve(session);
   } catch (const Refusal &refusal) {

@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
@@ -35,11 +36,19 @@ Descriptor takeLock(const std::filesystem::path &folder, int flags) {
   return lock;
 }
 
+/// Whether it is a folder, no link to one, of this user. Nobody else can put another in its place.
+bool isOurs(const std::filesystem::path &folder) {
+  struct stat status {};
+  return ::lstat(folder.c_str(), &status) == 0 && S_ISDIR(status.st_mode) && status.st_uid == ::geteuid();
+}
+
+/// Those of this user's services, running or not: the folder for temporary files is everybody's.
 std::vector<std::filesystem::path> folders() {
   std::vector<std::filesystem::path> found;
   std::error_code error;
   for (const auto &entry : std::filesystem::directory_iterator(parentFolder(), error)) {
-    if (entry.path().filename().string().starts_with(kPrefix)) found.push_back(entry.path());
+    if (entry.path().filename().string().starts_with(kPrefix) && isOurs(entry.path()))
+      found.push_back(entry.path());
   }
   return found;
 }
@@ -53,7 +62,7 @@ std::vector<std::filesystem::path> folders() {
 
 RunningFolder::RunningFolder() {
   for (const auto &folder : folders()) {
-    // Others than ours cannot be opened, and one that is being made has no lock yet.
+    // One that is being made has no lock yet.
     std::error_code ignored;
     if (const Descriptor abandoned = takeLock(folder, 0); abandoned.number() >= 0)
       std::filesystem::remove_all(folder, ignored);

@@ -17,10 +17,16 @@ double percentile(const std::vector<std::chrono::microseconds> &sorted, std::siz
 
 }  // namespace
 
-void Statistics::changeStreams(int by) {
+std::optional<Statistics::Place> Statistics::takePlace(int most) {
   const std::lock_guard lock(m_mutex);
-  m_streams += by;
-  m_mostStreams = std::max(m_mostStreams, m_streams);
+  if (m_streams >= most) return std::nullopt;
+  m_mostStreams = std::max(m_mostStreams, ++m_streams);
+  return Place(*this);
+}
+
+void Statistics::giveBack() {
+  const std::lock_guard lock(m_mutex);
+  --m_streams;
 }
 
 void Statistics::addTurn(std::chrono::microseconds toFirstSound) {

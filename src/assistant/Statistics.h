@@ -7,7 +7,9 @@
 #include <chrono>
 #include <cstdint>
 #include <mutex>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace velmora {
@@ -15,17 +17,26 @@ namespace velmora {
 /// Any thread.
 class Statistics {
  public:
-  /// A stream that is being served, from its beginning to its end.
-  class Stream {
+  /// The place of a stream that is being served, from its beginning to its end.
+  class Place {
    public:
-    explicit Stream(Statistics &statistics) : m_statistics(statistics) { m_statistics.changeStreams(+1); }
-    ~Stream() { m_statistics.changeStreams(-1); }
-    Stream(const Stream &) = delete;
-    Stream &operator=(const Stream &) = delete;
+    Place(Place &&other) noexcept : m_statistics(std::exchange(other.m_statistics, nullptr)) {}
+    ~Place() {
+      if (m_statistics) m_statistics->giveBack();
+    }
+    Place(const Place &) = delete;
+    Place &operator=(const Place &) = delete;
+    Place &operator=(Place &&) = delete;
 
    private:
-    Statistics &m_statistics;
+    friend Statistics;
+    explicit Place(Statistics &statistics) : m_statistics(&statistics) {}
+
+    Statistics *m_statistics;
   };
+
+  /// Takes a place among `most` in one step; nothing when they are all taken.
+  [[nodiscard]] std::optional<Place> takePlace(int most);
 
   /// A request was answered; the first sound of the answer left so long after the end of the request was
   /// found.
@@ -39,7 +50,7 @@ class Statistics {
   [[nodiscard]] std::string text() const;
 
  private:
-  void changeStreams(int by);
+  void giveBack();
 
   mutable std::mutex m_mutex;
   int m_streams = 0;

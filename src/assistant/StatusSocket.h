@@ -21,7 +21,8 @@ class StatusSocket {
   /// Gives `text` to whoever has asked first. Never blocks.
   void answer(const std::string &text) const;
 
-  /// Asks the service of `folder`; nothing when it does not answer within a second.
+  /// Asks the service of `folder` for its first line, without its end and in printable ASCII; nothing when
+  /// the service lets a second go by.
   [[nodiscard]] static std::optional<std::string> ask(const std::filesystem::path &folder);
 
  private:

@@ -8,9 +8,11 @@
 
 #include <QCoreApplication>
 #include <array>
+#include <cerrno>
 #include <csignal>
 #include <iostream>
 #include <nlohmann/json.hpp>
+#include <system_error>
 #include <thread>
 
 #include "assistant/AssistantOptions.h"
@@ -19,6 +21,7 @@
 #include "assistant/StatusSocket.h"
 #include "assistant/dialogue/SystemServices.h"
 #include "assistant/signin/SignInProvider.h"
+#include "foundation/Descriptor.h"
 #include "foundation/File.h"
 #include "foundation/Log.h"
 #include "foundation/StateFolder.h"
@@ -46,16 +49,18 @@ void writeDeployment(const std::filesystem::path &folder, int port) {
 }
 
 /// Ends the waiting of `poll` when the program is told to stop. Made before any thread, which inherit the
-/// mask.
-int stopSignals() {
-  std::signal(SIGPIPE, SIG_IGN);
+/// mask. Throws `std::runtime_error`.
+Descriptor stopSignals() {
   sigset_t signals;
   sigemptyset(&signals);
   sigaddset(&signals, SIGTERM);
   sigaddset(&signals, SIGINT);
   sigaddset(&signals, SIGHUP);
   pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-  return ::signalfd(-1, &signals, SFD_CLOEXEC);
+  Descriptor descriptor(::signalfd(-1, &signals, SFD_CLOEXEC));
+  if (descriptor.number() < 0)
+    throw std::runtime_error("cannot wait for signals: " + std::generic_category().message(errno));
+  return descriptor;
 }
 
 /// Returns when the program is to stop; tells `statistics` to whoever asks meanwhile.
@@ -72,9 +77,10 @@ void serveStatus(int signals, bool stopAtEof, const StatusSocket &socket, const 
   }
 }
 
-void run(const AssistantOptions &options, int signals) {
+void run(const AssistantOptions &options) {
+  const Descriptor signals = stopSignals();
   SystemServices services(stateFolder());
-  SignInProvider signIn(SignInProvider::forThisUser(options.signInPort));
+  SignInProvider signIn(SignInProvider::forThisUser(options.signInPort, !options.recordings.empty()));
   if (!options.token.empty()) signIn.acceptForThisRun(options.token);
   AssistantProvider provider([&](std::string_view token) { return signIn.isLive(token); },
                              Dialogue(services.services(), services.seal()), {.streams = options.streams});
@@ -98,7 +104,7 @@ void run(const AssistantOptions &options, int signals) {
                              {"deployment", deployment.string()}};
   std::cout << ready.dump() << std::endl;
   if (!std::cout) throw std::runtime_error("standard output cannot be written");
-  serveStatus(signals, options.stopAtEof, status, provider.statistics());
+  serveStatus(signals.number(), options.stopAtEof, status, provider.statistics());
 
   std::thread([&folder] {
     std::this_thread::sleep_for(kLongestStop);
@@ -111,27 +117,29 @@ void run(const AssistantOptions &options, int signals) {
 /// Prints what each running service says of itself.
 int printStatus() {
   int answered = 0;
-  for (const auto &folder : RunningFolder::all()) {
+  const auto running = RunningFolder::all();
+  for (const auto &folder : running) {
     const auto text = StatusSocket::ask(folder);
     if (!text) continue;
     ++answered;
-    std::cout << *text;
+    std::cout << *text << '\n';
   }
   std::cout << std::flush;
   if (!std::cout) throw std::runtime_error("standard output cannot be written");
-  if (answered == 0) throw std::runtime_error("no local assistant of this user is running");
+  if (running.empty()) throw std::runtime_error("no local assistant of this user is running");
+  if (answered == 0) throw std::runtime_error("the local assistant of this user does not answer");
   return 0;
 }
 
 int runProgram(int argc, char *argv[]) {
-  const int signals = stopSignals();
+  std::signal(SIGPIPE, SIG_IGN);
   const QCoreApplication application(argc, argv);
   try {
     const auto options = AssistantOptions::parse(QCoreApplication::arguments());
     if (!options) return 0;
     if (options->status) return printStatus();
     setLogSink(options->verbose ? standardErrorSink() : LogSink());
-    run(*options, signals);
+    run(*options);
     return 0;
   } catch (const UsageError &error) {
     std::cerr << "velmora-assistant: " << error.what() << "; see velmora-assistant --help\n";

@@ -2,11 +2,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "foundation/UserDefaults.h"
 
+#include <unistd.h>
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QSettings>
 #include <QStandardPaths>
+#include <cerrno>
+#include <system_error>
 
 #include "foundation/DefaultsFormat.h"
 #include "foundation/File.h"
@@ -56,6 +60,15 @@ void makePrivate(const QString &path) {
   if ((file.permissions() & ~(kOwnerOnly | QFile::ReadUser | QFile::WriteUser)) != 0) {
     file.setPermissions(kOwnerOnly);
   }
+}
+
+/// QSettings does not tell it.
+std::string reasonAgainstWriting(const QString &file) {
+  const QByteArray folder = QFile::encodeName(QFileInfo(file).absolutePath());
+  const bool isForbidden =
+      ::access(folder.constData(), W_OK | X_OK) != 0 ||
+      (::access(QFile::encodeName(file).constData(), R_OK | W_OK) != 0 && errno != ENOENT);
+  return isForbidden ? std::generic_category().message(errno) : "the disk may be full";
 }
 
 std::unique_ptr<QSettings> openSettings(const QString &file) {
@@ -144,7 +157,10 @@ void UserDefaults::removeObjectForKey(const QString &key) {
 }
 
 bool UserDefaults::synchronize() {
-  if (!m_settings) return true;
+  if (!m_settings) {
+    m_problem = m_file.toStdString() + ": is no file of settings";
+    return m_file.isEmpty();
+  }
   QVariantMap before;
   for (const auto &weak : m_watches) {
     if (const auto watch = weak.lock()) before.insert(watch->key, objectForKey(watch->key));
@@ -156,8 +172,8 @@ bool UserDefaults::synchronize() {
     if (objectForKey(it.key()) != it.value()) notify(it.key());
   }
   if (m_settings->status() == QSettings::NoError) return true;
-  log("The settings file ", m_file.toStdString(),
-      " could not be written; settings are kept for this run only");
+  m_problem = m_file.toStdString() + ": " + reasonAgainstWriting(m_file);
+  log("The settings file could not be written; settings are kept for this run only: ", m_problem);
   return false;
 }
 

@@ -17,6 +17,7 @@
 #include <functional>
 #include <list>
 #include <memory>
+#include <string>
 
 class QSettings;
 
@@ -78,8 +79,11 @@ class UserDefaults {
   void removeObjectForKey(const QString &key);
 
   /// Writes what is pending and reads what other processes wrote, whose changes observers are told. False,
-  /// after one line in the log, when the file could not be written or read; the values stay in memory.
+  /// after one line in the log, when the file could not be written or read, or is left alone; the values stay
+  /// in memory.
   bool synchronize();
+  /// Why the last `synchronize()` failed: the path and the reason.
+  [[nodiscard]] const std::string &problem() const { return m_problem; }
 
   [[nodiscard]] Observation addObserver(const QString &key, Notify notify, Observer observer);
 
@@ -93,6 +97,7 @@ class UserDefaults {
   void notify(const QString &key);
 
   QString m_file;
+  std::string m_problem;
   std::unique_ptr<QSettings> m_settings;  // null in a store in memory
   QVariantMap m_values;                   // the values of a store in memory
   QVariantMap m_registered;

@@ -30,10 +30,13 @@ LoopbackAnswer send(const LoopbackAddress &address, httplib::Request request) {
   };
   const auto result = client.send(request);
   if (!result) {
-    const bool tooLong = result.error() == httplib::Error::Canceled;
-    throw ServiceError(
-        "the sign-in at " + address.origin +
-        (tooLong ? " answers too much" : " does not answer: " + httplib::to_string(result.error())));
+    const std::string who = "the sign-in at " + address.origin;
+    switch (result.error()) {
+      case httplib::Error::Canceled: throw ServiceError(who + " answers too much");
+      case httplib::Error::Connection:
+        throw ServiceError(who + " does not answer (is its assistant running? start it, or give --local)");
+      default: throw ServiceError(who + " does not answer: " + httplib::to_string(result.error()));
+    }
   }
   answer.status = result->status;
   answer.location = result->get_header_value("Location");

@@ -78,9 +78,10 @@ std::string lastReason(const std::string &message) {
   return reason.starts_with("recvmsg:") ? reason.substr(8) : reason;
 }
 
-/// "what: message (advice)", without the pieces that are empty.
+/// "what: message (advice)", without the pieces that are empty; a service may give the advice itself.
 std::string sentence(const std::string &what, const std::string &message, const std::string &advice = {}) {
-  return what + (message.empty() ? "" : ": " + message) + (advice.empty() ? "" : " (" + advice + ")");
+  const bool advise = !advice.empty() && message.find(advice) == std::string::npos;
+  return what + (message.empty() ? "" : ": " + message) + (advise ? " (" + advice + ")" : "");
 }
 
 std::string explainUnreachable(const std::string &message, const ServiceDescription &service) {

@@ -108,7 +108,7 @@ void store(const Json &answer) {
   const auto life = answer.value("expires_in", std::int64_t{0});
   defaults.setObject(QDateTime::currentDateTimeUtc().addSecs(life), kExpiry);
   defaults.setObject(true, kLoggedIn);
-  if (!defaults.synchronize()) throw ServiceError("the tokens could not be stored");
+  if (!defaults.synchronize()) throw ServiceError("the tokens could not be stored: " + defaults.problem());
 }
 
 }  // namespace
@@ -138,7 +138,7 @@ std::string signOut(const Options &options, const Interruption &interruption) {
   const std::string token = (refresh.isEmpty() ? defaults.stringForKey(kAuthToken) : refresh).toStdString();
   defaults.setObject(false, kLoggedIn);
   for (const QString &key : {kAuthToken, kRefreshToken, kExpiry}) defaults.removeObjectForKey(key);
-  if (!defaults.synchronize()) throw ServiceError("the tokens could not be removed");
+  if (!defaults.synchronize()) throw ServiceError("the tokens could not be removed: " + defaults.problem());
   if (token.empty()) return "Nobody was signed in.";
   try {
     const ServiceAccess service(options, interruption.wake().descriptor());

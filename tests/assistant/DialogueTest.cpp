@@ -10,6 +10,7 @@
 #include <fstream>
 
 #include "assistant/skills/ShoppingList.h"
+#include "foundation/File.h"
 #include "support/TemporaryFolder.h"
 
 namespace velmora {
@@ -91,7 +92,7 @@ TEST_F(DialogueTest, Answers) {
       {"convert minus forty degrees celsius to fahrenheit", "-40° Celsius = -40° Fahrenheit."},
       {"how many grams are in half a pound", "0.5 pounds ≈ 226.8 grams."},
       {"how many miles are in an inch", "1 inch ≈ 0.0000158 miles."},
-      {"convert ten miles to pounds", "miles cannot be converted to pounds."},
+      {"convert ten miles to pounds", "Miles cannot be converted to pounds."},
       {"roll three dice", "You rolled 1, 1 and 1, together 3."},
       {"pick a number between nine and five", "My number is 5."},
       {"how do you spell rhythm", "Rhythm: R, H, Y, T, H, M."},
@@ -154,7 +155,8 @@ TEST_F(DialogueTest, Conversations) {
        {"i don't know", "The answer is Paris. You had 1 of 3 right."}},
       {{"clear my shopping list", "Your shopping list is empty already."},
        {"add milk and some eggs to my shopping list", "I have put milk and eggs on"},
-       {"we need olive oil", "I have put olive oil on"},
+       {"we need olive oil",
+        "I have put olive oil on your shopping list. It cannot be written to the disk, so it is kept only"},
        {"remove milk and bread from the list",
         "I have taken milk off your shopping list. There was no bread"},
        {"what's on my list", "On your shopping list: eggs and olive oil."},
@@ -249,8 +251,40 @@ TEST(ShoppingListTest, IsOnDiskAndHasAnEnd) {
   EXPECT_EQ(again.items().size(), ShoppingList::kMostItems);
   EXPECT_TRUE(again.remove("item 7"));
   EXPECT_FALSE(again.remove("item 7"));
-  ShoppingList unwritable(folder.path() / "no" / "list");
-  EXPECT_THROW(unwritable.add("milk"), std::runtime_error);
+  EXPECT_TRUE(again.isOnDisk());
+}
+
+TEST(ShoppingListTest, LastsAsLongAsTheProgramWhereItCannotBeWritten) {
+  const tests::TemporaryFolder folder;
+  ShoppingList list(folder.path() / "later" / "list");
+  EXPECT_TRUE(list.add("milk"));
+  EXPECT_FALSE(list.isOnDisk());
+  std::filesystem::create_directory(folder.path() / "later");
+  EXPECT_TRUE(list.add("eggs"));
+  EXPECT_TRUE(list.isOnDisk());
+  EXPECT_EQ(readFile(folder.path() / "later" / "list"), "milk\neggs\n");
+}
+
+TEST_F(DialogueTest, NothingInTheFileOfTheShoppingListBreaksAnAnswer) {
+  const struct {
+    std::string held;
+    std::vector<std::string> items;
+  } cases[] = {{"milk\r\n\xff"
+                "eggs\xc3\n",
+                {"milk", "eggs"}},
+               {"\n \t\nk\xc3\xa4se\n", {"k\xc3\xa4se"}},
+               {std::string(500, '\x01') + "\n", {}},
+               {std::string(300, '"') + "\n", {std::string(100, '"')}}};
+  const tests::TemporaryFolder folder;
+  for (const auto &c : cases) {
+    const ShoppingList held(folder.write("list", c.held));
+    EXPECT_EQ(held.items(), c.items);
+  }
+  // Each of these takes two characters in the state: too many to be kept, and no reason not to answer.
+  for (int i = 0; i < 10; ++i) list.add(std::string(60, '"') + std::to_string(i));
+  const Reply reply = dialogue.answer("read my shopping list", {});
+  EXPECT_THAT(reply.text, StartsWith("On your shopping list"));
+  EXPECT_THAT(dialogue.answer("repeat that", {.state = reply.state}).text, StartsWith("I have not"));
 }
 
 }  // namespace

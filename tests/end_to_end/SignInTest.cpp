@@ -123,7 +123,7 @@ TEST_F(SignInTest, SaysInOneLineWhyThereIsNone) {
                {"{", "needs a sign-in on this machine"},
                {description("https://accounts.example/auth"), "its own at accounts.example"},
                {description("http://localhost.example/auth"), "its own at localhost.example"},
-               {description("http://127.0.0.1:1/authorize"), "does not answer"},
+               {description("http://127.0.0.1:1/authorize"), "does not answer (is its assistant running?"},
                {description(own), "failed at the exchange of the code with status 400"}};
   for (const auto &c : cases) {
     const Outcome outcome = converse({"--sign-in"}, with(c.description));

@@ -75,6 +75,8 @@ TEST(Report, AFailureSaysWhatHappenedAndWhatToDo) {
        TokenSource::none, ": it does not speak TLS as expected (check the address)"},
       {14, "DNS resolution failed for h: C-ares status is not ARES_SUCCESS qtype=AAAA name=h is_balancer=0",
        TokenSource::none, ": its name is not known (check the address and the network)"},
+      {8, "Busy", TokenSource::none, "the service is at its limit: Busy (try again later)"},
+      {8, "Busy; try again later", TokenSource::none, "the service is at its limit: Busy; try again later"},
       {12, "", TokenSource::none, "what answers at h:1 is no assistant service (check the address)"},
       {99, "two\nlines", TokenSource::none, "the service ended the call with status 99: two lines"}};
   for (const auto &c : cases) {

@@ -14,8 +14,6 @@ constexpr auto kSilence = "silence";
 
 /// Nobody says as much in one request.
 constexpr std::size_t kLongestRequest = 500;
-/// A longer answer is not kept to be said again: it would not fit into the state.
-constexpr std::size_t kLongestKept = 600;
 /// The microphone must not be opened for ever in an empty room.
 constexpr int kMostMisses = 3;
 
@@ -64,13 +62,18 @@ std::string Dialogue::pendingQuestion(std::string_view state) const {
 }
 
 Reply Dialogue::reply(std::string skill, const Answer &answer, Conversation conversation) const {
-  if (!answer.isRepetition)
-    conversation.lastAnswer = answer.text.size() <= kLongestKept ? answer.text : std::string();
+  if (!answer.isRepetition) conversation.lastAnswer = answer.text;
+  std::string kept = conversation.text();
+  // One character may take six in the text: only that tells whether the answer can be said again.
+  if (kept.size() > StateSeal::kLargest - StateSeal::kOverhead) {
+    conversation.lastAnswer.clear();
+    kept = conversation.text();
+  }
   return {.skill = std::move(skill),
           .text = answer.text,
           .speech = spokenForm(answer.text),
           .followOn = conversation.question.has_value(),
-          .state = m_seal.seal(conversation.text(), secondsOf(m_services.clock())),
+          .state = m_seal.seal(kept, secondsOf(m_services.clock())),
           .volume = answer.volume};
 }
 

@@ -28,11 +28,12 @@ HttpResponse malformed() {
 }  // namespace
 
 AuthorizationEndpoint::AuthorizationEndpoint(const SignInClients &clients, GrantStore &grants,
-                                             SignInClock clock, std::string scope)
+                                             SignInClock clock, std::string scope, bool isRecorded)
     : m_clients(clients),
       m_grants(grants),
       m_clock(std::move(clock)),
       m_scope(std::move(scope)),
+      m_isRecorded(isRecorded),
       m_asked(kMostPages, kPageLife) {}
 
 HttpResponse AuthorizationEndpoint::ask(const std::string &query) {
@@ -63,7 +64,7 @@ HttpResponse AuthorizationEndpoint::ask(const std::string &query) {
       {.authorisation = {.clientId = client->id, .redirectUri = client->redirectUri, .scope = m_scope},
        .state = state},
       m_clock());
-  return consentPage(client->name, consent, client->redirectUri);
+  return consentPage(client->name, consent, client->redirectUri, m_isRecorded);
 }
 
 HttpResponse AuthorizationEndpoint::decide(const std::string &form) {

@@ -16,9 +16,10 @@ namespace velmora {
 /// Where the user's browser asks for a sign-in and the user decides (RFC 6749, 3.1 and 4.1). Any thread.
 class AuthorizationEndpoint {
  public:
-  /// Clients and grants outlive it. `scope` is the only one there is.
+  /// Clients and grants outlive it. `scope` is the only one there is. The consent page tells
+  /// `isRecorded`.
   AuthorizationEndpoint(const SignInClients &clients, GrantStore &grants, SignInClock clock,
-                        std::string scope);
+                        std::string scope, bool isRecorded);
 
   /// The consent page; an error goes to the client when that and its address are known, else to the user.
   [[nodiscard]] HttpResponse ask(const std::string &query);
@@ -38,6 +39,7 @@ class AuthorizationEndpoint {
   GrantStore &m_grants;
   const SignInClock m_clock;
   const std::string m_scope;
+  const bool m_isRecorded;
   std::mutex m_mutex;  // guards m_asked
   ShortLived<Asked> m_asked;
 };

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <nlohmann/json.hpp>
 #include <system_error>
 #include <utility>
@@ -20,7 +21,7 @@ namespace {
 using Json = nlohmann::json;
 
 constexpr int kVersion = 1;
-constexpr off_t kLongestFile = 256 * 1024;  // several times what the most grants need
+constexpr std::size_t kLongestFile = 256 * 1024;  // several times what the most grants need
 constexpr std::size_t kDigestLength = 64;
 
 Json toJson(const Grant &grant) {
@@ -86,31 +87,52 @@ class GrantFile::Lock {
 GrantFile::GrantFile(std::filesystem::path path, Complaint complain)
     : m_path(std::move(path)), m_complain(std::move(complain)) {}
 
-GrantFile::Stamp GrantFile::stamp() const {
+std::optional<GrantFile::Stamp> GrantFile::stamp() const {
   struct stat status {};
-  if (m_path.empty() || ::stat(m_path.c_str(), &status) != 0) return {};
-  return {.inode = status.st_ino,
-          .nanoseconds = std::int64_t{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec,
-          .size = status.st_size};
+  if (m_path.empty()) return Stamp{};
+  if (::stat(m_path.c_str(), &status) != 0) {
+    if (errno == ENOENT || errno == ENOTDIR) return Stamp{};
+    return std::nullopt;
+  }
+  return Stamp{.inode = status.st_ino,
+               .nanoseconds = std::int64_t{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec,
+               .size = status.st_size};
+}
+
+bool GrantFile::mayHaveChanged() const {
+  const auto now = stamp();
+  return !now || now != m_seen;
 }
 
 std::optional<std::vector<Grant>> GrantFile::readChanges() {
-  if (stamp() == m_seen) return std::nullopt;
+  if (!mayHaveChanged()) return std::nullopt;
   const Lock lock(m_path);
   return read();
 }
 
-std::vector<Grant> GrantFile::read() {
-  m_seen = stamp();
-  if (m_seen == Stamp{}) return {};
+std::optional<std::vector<Grant>> GrantFile::read() {
+  const auto seen = stamp();
+  std::string text;
   try {
-    if (m_seen.size > kLongestFile) throw std::runtime_error("too long");
-    std::vector<Grant> grants = parse(readFile(m_path));
+    if (seen != Stamp{}) text = readFile(m_path);
+  } catch (const std::exception &error) {
+    // Perhaps only for now, and what stands in it may be good: it is neither moved nor replaced.
+    m_seen.reset();
+    if (std::exchange(m_lastReason, error.what()) != error.what())
+      m_complain(std::string("the sign-ins cannot be read now and are left as they are: ") + error.what());
+    return std::nullopt;
+  }
+  m_seen = seen;
+  m_lastReason.clear();
+  if (seen == Stamp{}) return std::vector<Grant>();
+  try {
+    if (text.size() > kLongestFile) throw std::runtime_error("too long");
+    std::vector<Grant> grants = parse(text);
     keepNewest(grants);
     return grants;
   } catch (const std::exception &) {
     setAside();
-    return {};
+    return std::vector<Grant>();
   }
 }
 
@@ -122,7 +144,7 @@ void GrantFile::setAside() {
   } while (std::filesystem::exists(std::filesystem::symlink_status(aside)));
   std::error_code error;
   std::filesystem::rename(m_path, aside, error);
-  m_complain("the sign-ins in " + m_path.string() + " cannot be read; " +
+  m_complain("the sign-ins in " + m_path.string() + " are damaged; " +
              (error ? "they could not be set aside: " + error.message()
                     : "they are kept as " + aside.string() + ", and a new sign-in is needed"));
   m_seen = stamp();
@@ -137,11 +159,14 @@ void GrantFile::change(std::vector<Grant> &grants, const std::function<void(std:
             0700);  // one that is there keeps its mode; what cannot be made shows when writing
   }
   const Lock lock(m_path);
-  if (stamp() != m_seen) grants = read();
+  if (mayHaveChanged()) {
+    if (auto present = read()) grants = *std::move(present);
+  }
   const std::vector<Grant> before = grants;
   change(grants);
   keepNewest(grants);
-  if (grants != before && !m_path.empty()) write(grants);
+  // What cannot be read is not replaced either; the change holds until it can be.
+  if (grants != before && !m_path.empty() && isReadable()) write(grants);
 }
 
 void GrantFile::write(const std::vector<Grant> &grants) {

@@ -43,12 +43,18 @@ class GrantFile {
   GrantFile(std::filesystem::path path, Complaint complain);
 
   /// The grants in the file when they may have changed since this object last read or wrote them; none when
-  /// there is no file. A damaged file is set aside beside it with one line and counts as none.
+  /// there is no file. What was read and is damaged is set aside beside the file with one line and counts as
+  /// none. A file that cannot be read is left alone with one line for each reason, and is tried anew each
+  /// time.
   [[nodiscard]] std::optional<std::vector<Grant>> readChanges();
 
   /// Holds `change` of the present grants against other processes: what it returns is written. Grants that
   /// cannot be written are complained of and hold for this run.
+  /// So do those for which the file cannot be read, until it can be.
   void change(std::vector<Grant> &grants, const std::function<void(std::vector<Grant> &)> &change);
+
+  /// False while the file is there but its grants are not known.
+  [[nodiscard]] bool isReadable() const { return m_seen.has_value(); }
 
  private:
   /// Tells one file from the next that replaces it.
@@ -60,14 +66,18 @@ class GrantFile {
   };
 
   class Lock;
-  [[nodiscard]] Stamp stamp() const;
-  [[nodiscard]] std::vector<Grant> read();
+  /// Nothing when the system does not tell.
+  [[nodiscard]] std::optional<Stamp> stamp() const;
+  [[nodiscard]] bool mayHaveChanged() const;
+  /// Nothing when the file cannot be read.
+  [[nodiscard]] std::optional<std::vector<Grant>> read();
   void setAside();
   void write(const std::vector<Grant> &grants);
 
   const std::filesystem::path m_path;
   const Complaint m_complain;
-  Stamp m_seen;  // all zeros: no file
+  std::optional<Stamp> m_seen = Stamp{};  // all zeros: no file; nothing: it could not be read
+  std::string m_lastReason;               // why it could not be, complained of already
 };
 
 }  // namespace velmora

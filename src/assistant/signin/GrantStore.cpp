@@ -3,6 +3,7 @@
 #include "assistant/signin/GrantStore.h"
 
 #include <algorithm>
+#include <stdexcept>
 #include <utility>
 
 namespace velmora {
@@ -67,6 +68,8 @@ std::optional<TokenAnswer> GrantStore::refresh(std::string_view refreshToken, st
     answer = TokenAnswer{
         .accessToken = secretDerivedFrom(refreshToken), .refreshToken = std::nullopt, .scope = found->scope};
   });
+  // To be told that its token is no longer good would sign the client out.
+  if (!answer && !m_file.isReadable()) throw std::runtime_error("the sign-ins cannot be read now");
   return answer;
 }
 

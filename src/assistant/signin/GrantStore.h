@@ -49,8 +49,8 @@ class GrantStore {
   [[nodiscard]] std::optional<TokenAnswer> exchange(std::string_view code, std::string_view clientId,
                                                     std::string_view redirectUri);
 
-  /// Prolongs the access token of a grant of this client; nothing when it has no such grant.
-
+  /// Prolongs the access token of a grant of this client; nothing when it has no such grant. Throws
+  /// `std::runtime_error` when that is not known because the file cannot be read.
   [[nodiscard]] std::optional<TokenAnswer> refresh(std::string_view refreshToken, std::string_view clientId);
 
   /// Ends the grant that either token belongs to. False when that is another client's; a token that nobody

@@ -12,9 +12,9 @@
 namespace velmora {
 
 /// Asks whether `clientName` may use the assistant; the form sends `consent` back with the decision and may
-/// lead to `redirectUri`.
+/// lead to `redirectUri`. It says whether what is said is kept on disk.
 [[nodiscard]] HttpResponse consentPage(std::string_view clientName, std::string_view consent,
-                                       std::string_view redirectUri);
+                                       std::string_view redirectUri, bool isRecorded);
 
 /// Says in two short sentences why there is no sign-in and what to do.
 [[nodiscard]] HttpResponse signInErrorPage(int status, std::string_view what, std::string_view advice);

@@ -28,12 +28,13 @@ HttpResponse wrongMethod(const char *allowed) {
 
 }  // namespace
 
-SignInProvider::Settings SignInProvider::forThisUser(int port) {
+SignInProvider::Settings SignInProvider::forThisUser(int port, bool isRecorded) {
   const auto folder = stateFolder();
   return {
       .listener = {.port = port},
       .stateFile = folder ? *folder / "sign-ins.json" : std::filesystem::path(),
       .clients = {{.id = "velmora", .secret = newSecret(), .name = "Velmora", .redirectUri = kRedirectUri}},
+      .isRecorded = isRecorded,
       .complain = [warn = standardErrorSink()](std::string_view line) {
         warn("velmora-assistant: " + std::string(line));
       }};
@@ -43,7 +44,7 @@ SignInProvider::SignInProvider(const Settings &settings)
     : m_client(settings.clients.at(0)),
       m_clients(settings.clients),
       m_grants(settings.stateFile, settings.listener.clock, settings.complain),
-      m_authorization(m_clients, m_grants, settings.listener.clock, kScope),
+      m_authorization(m_clients, m_grants, settings.listener.clock, kScope, settings.isRecorded),
       m_tokens(m_clients, m_grants),
       m_listener(settings.listener) {}
 

@@ -3,7 +3,7 @@
 //
 // The sign-in of the local assistant: an OAuth 2.0 authorisation server on 127.0.0.1.
 //
-//   SignInProvider signIn(SignInProvider::forThisUser(0));
+//   SignInProvider signIn(SignInProvider::forThisUser(0, false));
 //   AssistantProvider provider([&](auto token) { return signIn.isLive(token); }, Dialogue());
 //   signIn.writeClientDescription(folder);
 //   signIn.start();
@@ -29,12 +29,13 @@ class SignInProvider {
     HttpListener::Settings listener = {};  ///< its clock is everybody's
     std::filesystem::path stateFile = {};  ///< empty: grants are kept for this run only
     std::vector<SignInClient> clients = {};
+    bool isRecorded = false;  ///< what is said is kept on disk, and who signs in is told so
     GrantFile::Complaint complain = [](std::string_view) {};
   };
 
   /// What a program of this user's needs: Velmora as the client, with a secret for this run, and the grants
   /// in the user's folder for state. Complaints go to standard error.
-  [[nodiscard]] static Settings forThisUser(int port);
+  [[nodiscard]] static Settings forThisUser(int port, bool isRecorded);
 
   /// Takes the port. Throws `std::runtime_error`.
   explicit SignInProvider(const Settings &settings);

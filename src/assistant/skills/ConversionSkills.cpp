@@ -3,6 +3,7 @@
 //
 // From one unit of measure to another.
 #include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <span>
 #include <string_view>
@@ -95,8 +96,11 @@ std::string measure(double value, const Unit &unit) {
 }
 
 Answer conversion(double value, const Unit &from, const Unit &to) {
-  if (from.dimension != to.dimension)
-    return {std::string(from.many) + " cannot be converted to " + std::string(to.many) + '.'};
+  if (from.dimension != to.dimension) {
+    std::string text = std::string(from.many) + " cannot be converted to " + std::string(to.many) + '.';
+    text.front() = static_cast<char>(std::toupper(static_cast<unsigned char>(text.front())));
+    return {text};
+  }
   const double result = (value * from.factor + from.offset - to.offset) / to.factor;
   const std::string left = measure(value, from);
   const std::string right = measure(result, to);

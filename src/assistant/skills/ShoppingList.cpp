@@ -2,12 +2,32 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "assistant/skills/ShoppingList.h"
 
+#include <QString>
 #include <algorithm>
 #include <sstream>
+#include <stdexcept>
+#include <utility>
 
 #include "foundation/File.h"
+#include "foundation/Log.h"
 
 namespace velmora {
+namespace {
+
+constexpr qsizetype kLongestItem = 100;  // characters
+
+/// What can be shown and spoken of a line that anything may have written.
+std::string plainText(const std::string &line) {
+  QString text;
+  for (const QChar c : QString::fromStdString(line)) {
+    if (c != QChar::ReplacementCharacter && c.category() != QChar::Other_Control) text += c;
+  }
+  text.truncate(kLongestItem);
+  if (!text.isEmpty() && text.back().isHighSurrogate()) text.chop(1);
+  return text.trimmed().toStdString();
+}
+
+}  // namespace
 
 std::vector<std::string> ShoppingList::items() const {
   const std::lock_guard lock(m_mutex);
@@ -37,25 +57,33 @@ void ShoppingList::clear() {
   write({});
 }
 
+bool ShoppingList::isOnDisk() const {
+  const std::lock_guard lock(m_mutex);
+  return !m_isInMemory;
+}
+
 std::vector<std::string> ShoppingList::read() const {
-  if (m_file.empty()) return m_inMemory;
+  if (m_isInMemory) return m_inMemory;
   if (!std::filesystem::exists(m_file)) return {};
   std::istringstream lines(readFile(m_file));
   std::vector<std::string> items;
   for (std::string line; std::getline(lines, line) && items.size() < kMostItems;) {
-    if (!line.empty()) items.push_back(line);
+    if (std::string item = plainText(line); !item.empty()) items.push_back(std::move(item));
   }
   return items;
 }
 
 void ShoppingList::write(const std::vector<std::string> &items) {
-  if (m_file.empty()) {
-    m_inMemory = items;
-    return;
-  }
   std::string text;
   for (const std::string &item : items) text += item + '\n';
-  writeFile(m_file, text, 0600);
+  m_isInMemory = m_file.empty();
+  try {
+    if (!m_isInMemory) writeFile(m_file, text, 0600);
+  } catch (const std::runtime_error &error) {
+    log("Shopping list error: ", error.what());
+    m_isInMemory = true;
+  }
+  m_inMemory = m_isInMemory ? items : std::vector<std::string>();
 }
 
 }  // namespace velmora

@@ -17,8 +17,8 @@ class ShoppingList {
   /// A list in `file` (mode 0600, made when something is put on it); one in memory only for an empty path.
   explicit ShoppingList(std::filesystem::path file = {}) : m_file(std::move(file)) {}
 
-  // All of them throw `std::runtime_error` with the path and the reason when the file cannot be read or
-  // written; the list is then as it was before.
+  // All of them throw `std::runtime_error` with the path and the reason when the file cannot be read; the
+  // list is then as it was before. One that cannot be written is kept in memory, with one line in the log.
 
   [[nodiscard]] std::vector<std::string> items() const;
   /// Puts `item` at the end unless it is there already or the list is full. True when it is on the list now.
@@ -26,6 +26,8 @@ class ShoppingList {
   /// True when it was on the list.
   bool remove(const std::string &item);
   void clear();
+  /// False while the list is in memory only.
+  [[nodiscard]] bool isOnDisk() const;
 
  private:
   [[nodiscard]] std::vector<std::string> read() const;
@@ -33,7 +35,9 @@ class ShoppingList {
 
   const std::filesystem::path m_file;
   mutable std::mutex m_mutex;
-  std::vector<std::string> m_inMemory;  // guarded by m_mutex
+  // Guarded by m_mutex.
+  std::vector<std::string> m_inMemory;
+  bool m_isInMemory = m_file.empty();
 };
 
 }  // namespace velmora

@@ -40,15 +40,21 @@ std::string listed(const std::vector<std::string> &items) {
   return text;
 }
 
-/// Runs `use`, which reads or writes the list.
+/// Runs `use`, which reads the list.
 template <typename Use>
 Answer withList(Use use) {
   try {
     return use();
   } catch (const std::runtime_error &error) {
     log("Shopping list error: ", error.what());
-    return {"I cannot get at your shopping list: its file cannot be read or written."};
+    return {"I cannot get at your shopping list: its file cannot be read."};
   }
+}
+
+/// To be said after a change.
+std::string unlessOnDisk(const ShoppingList &list) {
+  return list.isOnDisk() ? ""
+                         : " It cannot be written to the disk, so it is kept only until the program ends.";
 }
 
 Answer addItems(const Request &request) {
@@ -58,7 +64,8 @@ Answer addItems(const Request &request) {
       if (!request.services.shoppingList.add(item)) return {"Your shopping list is full."};
       added.push_back(item);
     }
-    return {"I have put " + listed(added) + " on your shopping list."};
+    return {"I have put " + listed(added) + " on your shopping list." +
+            unlessOnDisk(request.services.shoppingList)};
   });
 }
 
@@ -74,6 +81,7 @@ Answer removeItems(const Request &request) {
       if (!text.empty()) text += ' ';
       text += "There was no " + listed(missing) + " on it.";
     }
+    if (!removed.empty()) text += unlessOnDisk(request.services.shoppingList);
     return {text};
   });
 }
@@ -103,7 +111,7 @@ Answer clearIfWanted(const Request &request) {
   if (request.slot("yes").empty()) return {"All right, I keep it."};
   return withList([&]() -> Answer {
     request.services.shoppingList.clear();
-    return {"Your shopping list is empty now."};
+    return {"Your shopping list is empty now." + unlessOnDisk(request.services.shoppingList)};
   });
 }
 

@@ -87,6 +87,29 @@ TEST_F(GrantStoreTest, ADamagedFileIsSetAsideAndNotLost) {
   }
 }
 
+TEST_F(GrantStoreTest, AFileThatCannotBeReadNowIsNeitherMovedNorReplaced) {
+  GrantStore running = store();
+  const TokenAnswer tokens = signIn(running);
+  const fs::path good = m_folder.path() / "good";
+  fs::rename(m_file, good);
+  // Nobody can read a pipe that nobody writes, not even root; it could well be replaced.
+  ASSERT_EQ(::mkfifo(m_file.c_str(), 0600), 0);
+  GrantStore started = store();
+  EXPECT_FALSE(started.isLive(tokens.accessToken));
+  EXPECT_THROW((void)started.refresh(*tokens.refreshToken, "client"), std::runtime_error);
+  EXPECT_TRUE(started.isLive(signIn(started).accessToken));
+  EXPECT_TRUE(running.isLive(tokens.accessToken));
+  ASSERT_THAT(m_complaints, SizeIs(2)) << "one of each";
+  EXPECT_THAT(m_complaints[0], HasSubstr(m_file.string() + ": is not a regular file"));
+  EXPECT_TRUE(fs::is_fifo(m_file));
+  EXPECT_EQ(std::distance(fs::directory_iterator(m_file.parent_path()), fs::directory_iterator()), 2)
+      << "the file and its lock";
+
+  fs::rename(good, m_file);
+  EXPECT_TRUE(started.isLive(tokens.accessToken));
+  EXPECT_TRUE(started.refresh(*tokens.refreshToken, "client"));
+}
+
 TEST_F(GrantStoreTest, WithoutAPlaceForTheFileItWorksForThisRun) {
   (void)m_folder.write("state", "a file where the folder should be");
   GrantStore lost = store();

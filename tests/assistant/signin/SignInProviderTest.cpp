@@ -81,6 +81,16 @@ class SignInProviderTest : public ::testing::Test {
   SignInProvider m_provider;
 };
 
+TEST_F(SignInProviderTest, TellsWhoSignsInWhetherTheirVoiceIsKept) {
+  const std::string query = "client_id=velmora&scope=assistant&response_type=code" + kUri;
+  EXPECT_THAT(ask(query).body, HasSubstr("does not leave it and is not kept."));
+  SignInProvider recording(
+      {.clients = {{"velmora", "s", "Velmora", "http://localhost/"}}, .isRecorded = true});
+  recording.start();
+  EXPECT_THAT(tests::get(recording.port(), "/authorize?" + query).body,
+              HasSubstr("does not leave it and is recorded on it"));
+}
+
 TEST_F(SignInProviderTest, AConsentLeadsToTokensThatAreGoodForAnHour) {
   const std::string paid = code();
   const Answer answer = exchange(paid);
