@@ -71,7 +71,7 @@ class SampleReader {
     m_bytes += bytes;
     m_samples.resize(m_bytes.size() / sizeof(std::int16_t));
     const std::size_t complete = m_samples.size() * sizeof(std::int16_t);
-    std::memcpy(m_samples.data(), m_bytes.data(), complete);
+    if (complete > 0) std::memcpy(m_samples.data(), m_bytes.data(), complete);
     m_bytes.erase(0, complete);
     return m_samples;
   }

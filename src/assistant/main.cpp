@@ -3,10 +3,12 @@
 //
 // velmora-assistant: the local assistant as a program.
 #include <poll.h>
+#include <sys/resource.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
 
 #include <QCoreApplication>
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -24,6 +26,7 @@
 #include "foundation/Descriptor.h"
 #include "foundation/File.h"
 #include "foundation/Log.h"
+#include "foundation/StandardStreams.h"
 #include "foundation/StateFolder.h"
 #include "protocol/Certificates.h"
 #include "protocol/EmbeddedAssistantServer.h"
@@ -63,6 +66,16 @@ Descriptor stopSignals() {
   return descriptor;
 }
 
+/// A listener that once found no descriptor for a connection never accepts another one; the usual soft limit
+/// is one that a single careless client reaches.
+void raiseDescriptorLimit() {
+  constexpr rlim_t kEnough = 65'536;
+  rlimit limit{};
+  if (::getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
+  limit.rlim_cur = std::max(limit.rlim_cur, std::min(limit.rlim_max, kEnough));
+  (void)::setrlimit(RLIMIT_NOFILE, &limit);
+}
+
 /// Returns when the program is to stop; tells `statistics` to whoever asks meanwhile.
 void serveStatus(int signals, bool stopAtEof, const StatusSocket &socket, const Statistics &statistics) {
   std::array<pollfd, 3> waits{{{.fd = signals, .events = POLLIN, .revents = 0},
@@ -79,6 +92,7 @@ void serveStatus(int signals, bool stopAtEof, const StatusSocket &socket, const 
 
 void run(const AssistantOptions &options) {
   const Descriptor signals = stopSignals();
+  raiseDescriptorLimit();
   SystemServices services(stateFolder());
   SignInProvider signIn(SignInProvider::forThisUser(options.signInPort, !options.recordings.empty()));
   if (!options.token.empty()) signIn.acceptForThisRun(options.token);

@@ -20,7 +20,8 @@ std::optional<std::filesystem::path> stateFolder() {
   std::error_code error;
   std::filesystem::create_directories(folder, error);
   folder /= "velmora";
-  if (::mkdir(folder.c_str(), 0700) != 0 && !std::filesystem::is_directory(folder, error)) return std::nullopt;
+  if (::mkdir(folder.c_str(), 0700) != 0 && !std::filesystem::is_directory(folder, error))
+    return std::nullopt;
   return folder;
 }
 

@@ -277,6 +277,7 @@ TEST_F(ReachabilityInNetwork, TellsABurstInFewWords) {
 TEST_F(ReachabilityInNetwork, SaysSoWhenItCannotWatch) {
   ASSERT_TRUE(ip("route add default via 10.0.0.2"));
   const auto monitor = Reachability::reachabilityForInternetConnection();
+  EXPECT_EQ(monitor->currentReachabilityString().toStdString(), "WiFi");
   rlimit before{};
   ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
   const rlimit none{.rlim_cur = 0, .rlim_max = before.rlim_max};

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: Apache-2.0
 //
-// The main function of tests that show web pages: no display but the one they were given, no sandbox for root,
-// and a home of their own.
+// The main function of tests that show web pages: no display but the one they were given, no sandbox for
+// root, and a home of their own.
 #include <gtest/gtest.h>
 #include <unistd.h>
 

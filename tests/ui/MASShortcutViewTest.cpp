@@ -241,7 +241,7 @@ TEST_F(ShortcutView, ShowsAnAlertBoxThatAnswersToItsButton) {
   const QString text = QStringLiteral("text");
   EXPECT_EQ(
       showAlert({.messageText = text, .informativeText = {}, .buttons = {text, QStringLiteral("other")}},
-               &window),
+                &window),
       1);
 }
 

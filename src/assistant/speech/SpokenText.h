@@ -8,8 +8,8 @@
 
 namespace velmora {
 
-/// What is `shown` as it is to be spoken: numbers, times of the day, dates and signs in words, "7 × 12 = 84" as "seven
-/// times twelve is eighty four". Any thread.
+/// What is `shown` as it is to be spoken: numbers, times of the day, dates and signs in words, "7 × 12 = 84"
+/// as "seven times twelve is eighty four". Any thread.
 [[nodiscard]] std::string spokenForm(std::string_view shown);
 
 /// The sentences of `text`, so that the first can be spoken while the next is made. Together they have all of

@@ -14,9 +14,9 @@
 #include <mutex>
 #include <utility>
 
+#include "foundation/Descriptor.h"
 #include "foundation/Log.h"
 #include "foundation/fatal.h"
-#include "foundation/Descriptor.h"
 
 namespace velmora {
 namespace {
