@@ -62,6 +62,7 @@ void ResponsePlayback::stopSpeaking() {
   {
     const std::lock_guard lock(m_mutex);
     player = m_player;
+    m_isOver = true;  // an end that is about to be told is none any more
   }
   if (player) player->stop();
   m_delegate.speakerIcon(false);
