@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdlib>
+#include <locale>
 #include <regex>
 #include <utility>
 
@@ -11,6 +12,17 @@
 
 namespace velmora {
 namespace {
+
+/// Expressions ask the locale's facet for characters, which fills a table of its own as it is asked, without
+/// a lock. All at once, before several threads search, it is only read.
+bool fillCharacterTables() {
+  const auto &facet = std::use_facet<std::ctype<char>>(std::locale());
+  for (int c = 0; c <= 255; ++c) {
+    (void)facet.widen(static_cast<char>(c));
+    (void)facet.narrow(static_cast<char>(c), '\0');
+  }
+  return true;
+}
 
 /// Replaces each match by what `words` makes of it.
 template <typename Words>
@@ -57,6 +69,7 @@ std::string figuresInWords(const std::smatch &match) {
 }  // namespace
 
 std::string spokenForm(std::string_view shown) {
+  [[maybe_unused]] static const bool isFilled = fillCharacterTables();
   static const std::regex clock("\\b(\\d{1,2}):(\\d\\d) (AM|PM)\\b");
   static const std::regex date(
       "\\b(\\d{1,2}) (January|February|March|April|May|June|July|August|September|October|November|December)"
