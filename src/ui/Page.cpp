@@ -4,12 +4,16 @@
 
 #include <QFile>
 
+#include "ui/Translations.h"
+
 namespace velmora {
 
 QUrl pageNamed(const QString &name) {
-  const QString path = QStringLiteral("/pages/%1.html").arg(name);
-  return QFile::exists(QLatin1Char(':') + path) ? QUrl(QStringLiteral("qrc") + QLatin1Char(':') + path)
-                                                : QUrl();
+  for (const QString &ending : {QLatin1Char('_') + interfaceLanguage(), QString()}) {
+    const QString path = QStringLiteral(":/pages/%1%2.html").arg(name, ending);
+    if (QFile::exists(path)) return QUrl(QStringLiteral("qrc") + path);
+  }
+  return {};
 }
 
 }  // namespace velmora

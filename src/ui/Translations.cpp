@@ -10,9 +10,12 @@
 namespace velmora {
 namespace {
 
+constexpr QLatin1String kOurs("velmora");
+
 bool install(const QLocale &locale, const QString &name, const QString &folder) {
   // Belongs to the application, and goes with it.
   auto *translator = new QTranslator(QCoreApplication::instance());
+  translator->setObjectName(name);
   return translator->load(locale, name, QStringLiteral("_"), folder) &&
          QCoreApplication::installTranslator(translator);
 }
@@ -22,7 +25,13 @@ bool install(const QLocale &locale, const QString &name, const QString &folder) 
 bool installTranslations(const QLocale &locale) {
   // Ours comes last, and so is asked first.
   install(locale, QStringLiteral("qtbase"), QLibraryInfo::path(QLibraryInfo::TranslationsPath));
-  return install(locale, QStringLiteral("velmora"), QStringLiteral(":/translations"));
+  return install(locale, kOurs, QStringLiteral(":/translations"));
+}
+
+QString interfaceLanguage() {
+  const auto *ours = QCoreApplication::instance()->findChild<QTranslator *>(kOurs);
+  return ours && !ours->isEmpty() ? QLocale::languageToCode(QLocale(ours->language()).language())
+                                  : QStringLiteral("en");
 }
 
 }  // namespace velmora

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <QString>
+
 class QLocale;
 
 namespace velmora {
@@ -10,5 +12,8 @@ namespace velmora {
 /// included, and English elsewhere. To be called once, after the application is made and before its first
 /// window. True when there was one.
 bool installTranslations(const QLocale &locale);
+
+/// The code of the language that the application speaks: "de", say, and "en" without a catalogue.
+[[nodiscard]] QString interfaceLanguage();
 
 }  // namespace velmora
