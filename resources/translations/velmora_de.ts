@@ -13,6 +13,17 @@
     </message>
 </context>
 <context>
+    <name>InputDeviceAlert</name>
+    <message>
+        <source>Google Assistant</source>
+        <translation>Google Assistant</translation>
+    </message>
+    <message>
+        <source>Please attach Audio Input device to start with Google Assistant</source>
+        <translation>Bitte schließen Sie ein Audio-Eingabegerät an, um Google Assistant zu verwenden</translation>
+    </message>
+</context>
+<context>
     <name>Localizable</name>
     <message>
         <source>WiFi</source>
@@ -116,6 +127,13 @@ Wenn Sie genau diese Tasten möchten: Die meisten Tastenkürzel lassen sich in d
     <message>
         <source>OK</source>
         <translation>OK</translation>
+    </message>
+</context>
+<context>
+    <name>PortalHotKeyCenter</name>
+    <message>
+        <source>Open Velmora (%1)</source>
+        <translation>Velmora öffnen (%1)</translation>
     </message>
 </context>
 <context>

@@ -51,7 +51,8 @@ std::string commandWord(std::string_view word) {
 }
 
 std::string entryFor(const std::string &identifier, const std::string &program) {
-  return "[Desktop Entry]\nType=Application\nName=Velmora\nComment=Starts Velmora when you log in\nExec=" +
+  return "[Desktop Entry]\nType=Application\nName=Velmora\nComment=Starts Velmora when you log in\n"
+         "Comment[de]=Startet Velmora, wenn Sie sich anmelden\nExec=" +
          escaped(commandWord(program)) + "\nTryExec=" + escaped(program) +
          "\nIcon=velmora\nTerminal=false\nStartupNotify=false\nX-GNOME-Autostart-enabled=true\nX-Velmora-"
          "Helper=" +

@@ -4,6 +4,7 @@
 
 #include <xkbcommon/xkbcommon.h>
 
+#include <QCoreApplication>
 #include <QDBusArgument>
 #include <QDBusMessage>
 #include <QDBusMetaType>
@@ -132,7 +133,8 @@ void PortalHotKeyCenter::bindShortcuts() {
   for (const auto &[id, trigger] : m_triggers) {
     shortcuts << PortalShortcut{
         trigger,
-        {{QStringLiteral("description"), QStringLiteral("Open Velmora (%1)").arg(trigger)},
+        {{QStringLiteral("description"),
+          QCoreApplication::translate("PortalHotKeyCenter", "Open Velmora (%1)").arg(trigger)},
          {QStringLiteral("preferred_trigger"), trigger}}};
   }
   shortcuts.endArray();
