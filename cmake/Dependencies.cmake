@@ -5,7 +5,7 @@ find_package(Threads REQUIRED)
 find_package(OpenSSL REQUIRED)
 find_package(Protobuf REQUIRED)
 find_package(nlohmann_json REQUIRED)
-find_package(Qt6 6.4 REQUIRED COMPONENTS Core DBus LinguistTools Network WebEngineQuick WebEngineWidgets Widgets)
+find_package(Qt6 6.4 REQUIRED COMPONENTS Core DBus LinguistTools Network Svg WebEngineQuick WebEngineWidgets Widgets)
 
 pkg_check_modules(GRPC REQUIRED IMPORTED_TARGET grpc++ absl_synchronization)
 pkg_check_modules(HTTPLIB REQUIRED IMPORTED_TARGET cpp-httplib)
