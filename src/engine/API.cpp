@@ -19,7 +19,6 @@ using ConverseState = Google_Assistant_Embedded_V1alpha1_ConverseState;
 using ConverseResult = Google_Assistant_Embedded_V1alpha1_ConverseResult;
 using ConverseResponse = Google_Assistant_Embedded_V1alpha1_ConverseResponse;
 
-constexpr auto kSpeaking = "Speaking response...";
 
 std::string readRoots(const Deployment &deployment) {
   try {
@@ -273,7 +272,7 @@ void API::handleResponse(const Turn &turn, const std::optional<Response> &respon
   }
   if (m_observer) m_observer->responseReceived(*response);
   if (!result.spokenRequestText().empty()) m_delegate.updateRequestText(result.spokenRequestText());
-  m_delegate.updateResponseText(result.spokenResponseText().empty() ? kSpeaking
+  m_delegate.updateResponseText(result.spokenResponseText().empty() ? kSpokenAnswerPlaceholder
                                                                     : result.spokenResponseText());
   if (response->eventType() == ConverseResponse::EventType::endOfUtterance) m_delegate.stopListening();
 }

@@ -6,6 +6,9 @@
 
 namespace velmora {
 
+/// Stands for the text of an answer while there is only sound.
+inline constexpr auto kSpokenAnswerPlaceholder = "Speaking response...";
+
 /// What a screen hears of its conversation. Called on threads of the engine, one call at a time, never on the
 /// main thread but for `startListening`; a screen posts what concerns its widgets to the main queue. No call
 /// waits for the thread that owns the `API`, which may be waiting for the call to return.

@@ -21,6 +21,7 @@ using Json = nlohmann::json;
 constexpr auto kProgram = "velmora-assistant";
 constexpr std::size_t kLongestQuote = 300;  // of what the child wrote, in an error
 constexpr std::chrono::milliseconds kOnItsWayOut{500};
+constexpr std::chrono::hours kForEver{24 * 365};
 
 /// 256 bits from the system's generator, in characters that a header takes.
 std::string freshToken() {
@@ -87,6 +88,11 @@ LocalAssistant::LocalAssistant(const Settings &settings) : m_settings(settings),
 
 LocalAssistant::~LocalAssistant() {
   if (m_child) m_child->stop(m_settings.stopLimit);
+}
+
+std::optional<std::string> LocalAssistant::waitForEnd(int wakeDescriptor) {
+  if (!m_child->endsWithin(kForEver, wakeDescriptor)) return std::nullopt;
+  return m_child->ending();
 }
 
 std::string LocalAssistant::waitUntilReady() {

@@ -48,6 +48,8 @@ class LocalAssistant {
   [[nodiscard]] const Deployment &deployment() const { return m_deployment; }
   /// The access token that it takes, a new one each time; only the two processes know it.
   [[nodiscard]] const std::string &token() const { return m_token; }
+  /// Waits until it has ended by itself, and says how; nothing when `wakeDescriptor` became readable before.
+  [[nodiscard]] std::optional<std::string> waitForEnd(int wakeDescriptor);
 
  private:
   [[noreturn]] void fail(const std::string &what);

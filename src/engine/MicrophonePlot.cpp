@@ -33,13 +33,18 @@ MicrophonePlot::MicrophonePlot(Microphone &mic, CustomPlot &waveformView)
   layout->setContentsMargins(0, 0, 0, 0);
   layout->addWidget(m_plot);
   m_colors.callOnTimeout([this] { updatePlotWaveformColor(); });
-  m_colors.start(kColorTime);
 }
 
 MicrophonePlot::~MicrophonePlot() { delete m_plot; }
 
 void MicrophonePlot::setHidden(bool hidden) {
   if (m_plot) m_plot->setHidden(hidden);
+  // Nobody is woken for what nobody sees.
+  if (hidden) {
+    m_colors.stop();
+  } else if (!m_colors.isActive()) {
+    m_colors.start(kColorTime);
+  }
 }
 
 void MicrophonePlot::updatePlotWaveformColor() {

@@ -15,7 +15,7 @@ namespace velmora {
 class CustomPlot;
 
 /// The live plot of the microphone in a screen's view: it fills the view, lets clicks through to it, and
-/// takes another colour every 0.75 s. Hidden at first. Main thread.
+/// takes another colour every 0.75 s while it is shown. Hidden at first. Main thread.
 class MicrophonePlot {
  public:
   static const std::array<QColor, 4> googleColors;  ///< red, blue, yellow, green

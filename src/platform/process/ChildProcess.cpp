@@ -132,17 +132,19 @@ class ChildProcess::Running {
   }
 
   /// Waits for the end and reaps.
-  bool endsWithin(std::chrono::milliseconds limit) {
+  bool endsWithin(std::chrono::milliseconds limit, int wakeDescriptor = -1) {
     const auto deadline = Clock::now() + limit;
     while (!m_reaped) {
       const pid_t reaped = ::waitpid(m_pid, &m_status, WNOHANG);
       m_reaped = reaped == m_pid || (reaped < 0 && errno == ECHILD);
       if (m_reaped || Clock::now() >= deadline) break;
-      pollfd watched{.fd = m_exit.number(), .events = POLLIN, .revents = 0};
+      std::array<pollfd, 2> watched{pollfd{.fd = m_exit.number(), .events = POLLIN, .revents = 0},
+                                    pollfd{.fd = wakeDescriptor, .events = POLLIN, .revents = 0}};
       // Without a descriptor of the process (kernels that refuse one) look again and again.
       constexpr int kLookEvery = 10;
       const int left = millisecondsUntil(deadline);
-      ::poll(&watched, 1, m_exit.number() < 0 ? std::min(left, kLookEvery) : left);
+      ::poll(watched.data(), watched.size(), m_exit.number() < 0 ? std::min(left, kLookEvery) : left);
+      if (watched[1].revents != 0) break;
     }
     return m_reaped;
   }
@@ -265,7 +267,9 @@ ChildProcess::Wait ChildProcess::readFirstLine(std::string &line, Clock::time_po
   return m_running->readFirstLine(line, deadline, wakeDescriptor);
 }
 
-bool ChildProcess::endsWithin(std::chrono::milliseconds limit) { return m_running->endsWithin(limit); }
+bool ChildProcess::endsWithin(std::chrono::milliseconds limit, int wakeDescriptor) {
+  return m_running->endsWithin(limit, wakeDescriptor);
+}
 
 void ChildProcess::stop(std::chrono::milliseconds limit) { m_running->stop(limit); }
 

@@ -49,8 +49,9 @@ class ChildProcess {
   /// `closed`: the child closed its output or ended. `woken`: `wakeDescriptor` (-1: none) became readable.
   [[nodiscard]] Wait readFirstLine(std::string &line, Clock::time_point deadline, int wakeDescriptor = -1);
 
-  /// True when the child ends by itself within `limit`.
-  [[nodiscard]] bool endsWithin(std::chrono::milliseconds limit);
+  /// True when the child ends by itself within `limit`, and before `wakeDescriptor` (-1: none) becomes
+  /// readable.
+  [[nodiscard]] bool endsWithin(std::chrono::milliseconds limit, int wakeDescriptor = -1);
 
   /// Asks the child to end (the end of its input, SIGTERM), kills it after `limit` and reaps it.
   void stop(std::chrono::milliseconds limit);

@@ -1,0 +1,291 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+//
+// The assistant screen with everything behind it, as far as a microphone and a loudspeaker of the test's own.
+#include <gmock/gmock.h>
+
+#include <QLabel>
+#include <QTest>
+#include <QToolButton>
+#include <atomic>
+
+#include "auth/TokenStore.h"
+#include "engine/AssistantViewController.h"
+#include "engine/AssistantWindowController.h"
+#include "platform/Alert.h"
+#include "support/CapturedLog.h"
+#include "support/EventLoop.h"
+#include "support/Mp3.h"
+#include "support/ScriptedServer.h"
+#include "support/SoundServer.h"
+#include "support/TemporaryFolder.h"
+#include "ui/CustomPlot.h"
+
+namespace velmora {
+namespace {
+
+using Response = Google_Assistant_Embedded_V1alpha1_ConverseResponse;
+using Result = Google_Assistant_Embedded_V1alpha1_ConverseResult;
+using ::testing::AllOf;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using tests::CapturedLog;
+using tests::Inbox;
+using tests::runUntil;
+using tests::ScriptedServer;
+using tests::SoundServer;
+
+/// Hears three frames and answers with a tone.
+class Service {
+ public:
+  Service() {
+    (void)m_folder.write("roots.pem", m_server.roots());
+    deployment.folder = m_folder.path();
+    deployment.host = "127.0.0.1";
+    deployment.port = m_server.port();
+  }
+
+  Deployment deployment;
+  Inbox<std::string> tokens;  // of the calls
+  std::atomic<StatusCode> refusal = StatusCode::ok;
+  std::atomic<bool> asksBack = false;
+  std::atomic<double> seconds = 0.2;  // of the answer
+  std::atomic<bool> endsUtterances = true;
+
+ private:
+  ScriptedServer::End converse(ScriptedServer::Call &call) {
+    tokens.put(call.metadata().find("authorization")->second);
+    if (refusal != StatusCode::ok) return {.code = refusal};
+    for (int i = 0; i < 4; ++i) (void)call.read();
+    Response end;
+    end.setEventType(Response::EventType::endOfUtterance);
+    if (endsUtterances) call.write(end.serialize());
+    call.readAll();
+    Result result;
+    result.setSpokenRequestText("what time is it");
+    Response heard;
+    heard.setResult(result);
+    call.write(heard.serialize());
+    Google_Assistant_Embedded_V1alpha1_AudioOut out;
+    const std::vector<std::int16_t> quiet(static_cast<std::size_t>(44100 * seconds), 100);
+    out.setAudioData(tests::encodeMp3(quiet));
+    Response sound;
+    sound.setAudioOut(out);
+    call.write(sound.serialize());
+    result = Result();
+    result.setSpokenResponseText("It is noon.");
+    if (asksBack) result.setMicrophoneMode(Result::MicrophoneMode::dialogFollowOn);
+    Response last;
+    last.setResult(result);
+    call.write(last.serialize());
+    return {};
+  }
+
+  tests::TemporaryFolder m_folder;
+  ScriptedServer m_server{[this](ScriptedServer::Call &call) { return converse(call); }};
+};
+
+class Host final : public AssistantHost {
+ public:
+  bool isReachable() const override { return reachable; }
+  const Deployment *deployment() const override { return service; }
+  ApplicationInformation information() const override { return {}; }
+  void closeShownPopover() override { ++closed; }
+  void terminate() override { ++terminated; }
+  void screenBusyChanged() override { ++busyChanges; }
+
+  bool reachable = true;
+  const Deployment *service = nullptr;
+  int closed = 0;
+  int terminated = 0;
+  int busyChanges = 0;
+};
+
+class AssistantScreenTest : public ::testing::Test {
+ protected:
+  AssistantScreenTest() {
+    setAlertAnswer([this](const Alert &alert) {
+      alerts.push_back(alert.messageText.toStdString());
+      return 0;
+    });
+    defaults.setObject(QStringLiteral("first"), kAuthTokenKey);
+    host.service = &service.deployment;
+    window.emplace(host, defaults);
+    window->showWindow();
+  }
+  ~AssistantScreenTest() override { setAlertAnswer({}); }
+
+  template <typename Widget = QToolButton>
+  [[nodiscard]] Widget &outlet(const char *name) {
+    auto *const found = window->findChild<Widget *>(QLatin1String(name));
+    if (found == nullptr) throw std::runtime_error(name);
+    return *found;
+  }
+  [[nodiscard]] std::string label() {
+    return outlet<QLabel>("spokenTextLabel").text().toStdString();
+  }
+  [[nodiscard]] std::string answer() { return outlet<QLabel>("answer").text().toStdString(); }
+  [[nodiscard]] bool isIdle() {
+    return !window->isBusy() && outlet("microphoneButton").isVisible() && !outlet("speakerButton").isVisible() &&
+           !outlet<QWidget>("myWebview").isVisible();
+  }
+  [[nodiscard]] bool isSpeaking() {
+    return outlet("speakerButton").isVisible() && !outlet("microphoneButton").isVisible();
+  }
+  [[nodiscard]] bool listens() {
+    return window->isListening() && label() == "Listening…" && outlet<QWidget>("myWebview").isVisible() &&
+           !outlet("microphoneButton").isVisible();
+  }
+
+  std::vector<std::string> alerts;
+  const CapturedLog log;
+  const SoundServer sound;
+  Service service;
+  Host host;
+  UserDefaults defaults;
+  std::optional<AssistantWindowController> window;
+};
+
+TEST_F(AssistantScreenTest, ATurnIsShownFromTheClickToTheEndOfTheAnswer) {
+  EXPECT_EQ(label(), "What's on your mind?");
+  ASSERT_TRUE(isIdle());
+  outlet("microphoneButton").click();
+  ASSERT_TRUE(runUntil([&] { return listens(); }));
+  ASSERT_TRUE(runUntil([&] { return isSpeaking(); }));
+  EXPECT_FALSE(window->isListening());
+  EXPECT_EQ(label(), "\"What time is it\"");
+  ASSERT_TRUE(runUntil([&] { return isIdle(); }));
+  EXPECT_EQ(answer(), "It is noon.");
+  EXPECT_EQ(window->conversation().back().text, "It is noon.");
+  EXPECT_FALSE(window->conversation().back().fromUser);
+  EXPECT_EQ(label(), "\"What time is it\"") << "it stays until the next one";
+  EXPECT_EQ(host.busyChanges, 2);
+  EXPECT_EQ(log.count("audio listening.."), 1);
+  EXPECT_EQ(log.count("Request text: what time is it"), 1);
+}
+
+TEST_F(AssistantScreenTest, TheUserEndsWhatItDoesByPressingOnTheSamePlace) {
+  service.endsUtterances = false;
+  service.asksBack = true;
+  service.seconds = 60;
+  QTest::keyClick(&*window, Qt::Key_Space);
+  ASSERT_TRUE(runUntil([&] { return listens(); }));
+  QTest::mouseClick(&outlet<CustomPlot>("waveformView"), Qt::LeftButton);
+  EXPECT_FALSE(window->isListening());
+  ASSERT_TRUE(runUntil([&] { return isSpeaking(); }));
+  // The button of the microphone does nothing now, wherever the press comes from.
+  window->buttonAction();
+  EXPECT_FALSE(window->isListening());
+  QTest::keyClick(&*window, Qt::Key_Space);
+  ASSERT_TRUE(runUntil([&] { return isIdle(); }));
+  EXPECT_EQ(service.tokens.values().size(), 1U) << "who silences the answer is not asked";
+}
+
+TEST_F(AssistantScreenTest, ListensAgainByItselfUntilItIsClosed) {
+  service.asksBack = true;
+  window->startListening();
+  ASSERT_TRUE(runUntil([&] { return service.tokens.values().size() == 3; }));
+  // At whatever moment of a turn.
+  for (const auto &moment : {std::function([&] { return listens(); }), std::function([&] { return isSpeaking(); })}) {
+    ASSERT_TRUE(runUntil(moment));
+    QTest::keyClick(&*window, Qt::Key_Escape);
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_FALSE(window->isListening());
+    ASSERT_TRUE(runUntil([&] { return !window->isBusy(); }));
+    const auto turns = service.tokens.values().size();
+    window->showWindow();
+    EXPECT_FALSE(window->isListening());
+    EXPECT_EQ(service.tokens.values().size(), turns);
+    window->startListening();
+  }
+}
+
+TEST_F(AssistantScreenTest, WhatGoesWrongIsSaidAndTheMicrophoneIsClosed) {
+  const std::pair<StatusCode, const char *> cases[] = {
+      {StatusCode::unauthenticated, "The assistant does not know you any more. Please log out and sign in again."},
+      {StatusCode::resourceExhausted, "The assistant is busy. Please try again in a moment."},
+      {StatusCode::unavailable, "The assistant cannot be reached. Please try again in a moment."},
+      {StatusCode::internal, "That did not work. Please try again."}};
+  for (const auto &[code, said] : cases) {
+    service.refusal = code;
+    window->startListening();
+    EXPECT_TRUE(runUntil([&, text = said] { return label() == text && isIdle(); })) << said << " and not " << label();
+    EXPECT_FALSE(window->isListening());
+  }
+  EXPECT_THAT(alerts, IsEmpty());
+}
+
+TEST_F(AssistantScreenTest, WithoutNetworkNoTurnBegins) {
+  host.reachable = false;
+  window->startListening();
+  EXPECT_THAT(alerts, ElementsAre("Alexa Alert"));
+  EXPECT_FALSE(window->isListening());
+  EXPECT_THAT(service.tokens.values(), IsEmpty());
+}
+
+TEST_F(AssistantScreenTest, BeginsWhenTheServiceComesAndSaysWhenItGoes) {
+  host.service = nullptr;
+  window->deploymentChanged();
+  window->startListening();
+  EXPECT_EQ(label(), "Velmora is getting ready…");
+  host.service = &service.deployment;
+  window->deploymentChanged();
+  ASSERT_TRUE(runUntil([&] { return listens(); }));
+  host.service = nullptr;
+  window->deploymentChanged();
+  EXPECT_EQ(label(), "The assistant was interrupted. Please try again.");
+  ASSERT_TRUE(runUntil([&] { return isIdle(); }));
+}
+
+TEST_F(AssistantScreenTest, AnotherAccountBeginsAnotherConversation) {
+  window->startListening();
+  ASSERT_TRUE(runUntil([&] { return isSpeaking(); }));
+  ASSERT_TRUE(runUntil([&] { return isIdle(); }));
+  window->logoutClicked();
+  EXPECT_EQ(label(), "What's on your mind?");
+  EXPECT_FALSE(defaults.boolForKey(kLoggedInKey));
+  window->forgetConversation();
+  EXPECT_EQ(answer(), "");
+  EXPECT_TRUE(window->conversation().empty());
+  defaults.setObject(QStringLiteral("second"), kAuthTokenKey);
+  window->startListening();
+  ASSERT_TRUE(runUntil([&] { return service.tokens.values().size() == 2; }));
+  EXPECT_THAT(service.tokens.values(), ElementsAre("Bearer first", "Bearer second"));
+}
+
+TEST_F(AssistantScreenTest, RequestsAreShownInQuotesWithACapital) {
+  const std::pair<std::string, std::string> cases[] = {{"what", "\"What\""},
+                                                       {"What IS it", "\"What IS it\""},
+                                                       {"über", "\"Über\""},
+                                                       {"\xf0\x90\x90\xa8x", "\"\xf0\x90\x90\x80x\""},
+                                                       {"3 apples", "\"3 apples\""},
+                                                       {"", "\"\""}};
+  for (const auto &[text, shown] : cases) {
+    window->updateRequestText(text);
+    EXPECT_TRUE(runUntil([&, wanted = shown] { return label() == wanted; })) << label();
+  }
+}
+
+TEST(AssistantViewController, SaysOnceThatThereIsNoMicrophoneAndClosesByItsHost) {
+  const SoundServer sound;
+  const_cast<SoundServer &>(sound).unplugMicrophone("mic");
+  ASSERT_TRUE(runUntil([] { return !Capture::hasInputDevice(); }));
+  std::vector<std::string> alerts;
+  setAlertAnswer([&](const Alert &alert) {
+    alerts.push_back(alert.informativeText.toStdString());
+    return 0;
+  });
+  Host host;
+  UserDefaults defaults;
+  AssistantViewController screen(host, defaults);
+  EXPECT_THAT(alerts, ElementsAre("Please attach Audio Input device to start with Google Assistant"));
+  EXPECT_EQ(screen.palette().color(QPalette::Window), QColor(71, 72, 72));
+  screen.closeClick();
+  screen.quitClicked();
+  EXPECT_EQ(host.closed, 1);
+  EXPECT_EQ(host.terminated, 1);
+  setAlertAnswer({});
+}
+
+}  // namespace
+}  // namespace velmora
