@@ -2,7 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // A desktop on the session bus, which does what it is told on standard input: a panel appears and disappears,
-// falls silent, or calls a method of the last item; its user wants dark colours.
+// falls silent, or calls a method of the last item; messages are shown from "show" on. Its user wants dark
+// colours.
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -31,6 +32,12 @@ class Desktop final : public QDBusVirtualObject {
           "name='IsStatusNotifierHostRegistered' type='b' access='read'/></interface></node>")));
     if (message.member() == QLatin1String("Get") && !m_isSilent)
       return bus.send(message.createReply(QVariant::fromValue(QDBusVariant(true))));
+    if (message.member() == QLatin1String("Notify")) {
+      const QVariantList parts = message.arguments();
+      std::cout << parts.value(3).toString().toStdString() << ": " << parts.value(4).toString().toStdString()
+                << std::endl;
+      return bus.send(message.createReply(1U));
+    }
     if (message.member() == QLatin1String("RegisterStatusNotifierItem")) {
       m_item = message.service();
       std::cout << "registered" << std::endl;
@@ -45,6 +52,9 @@ class Desktop final : public QDBusVirtualObject {
     } else if (command == "appear" || command == "silent") {
       m_isSilent = command == "silent";
       bus.registerService(kWatcher);
+      std::cout << command << std::endl;
+    } else if (command == "show") {
+      bus.registerService(QStringLiteral("org.freedesktop.Notifications"));
       std::cout << command << std::endl;
     } else {
       bus.send(QDBusMessage::createMethodCall(m_item, QStringLiteral("/StatusNotifierItem"),
@@ -65,7 +75,8 @@ int main(int argc, char **argv) {
   const QCoreApplication application(argc, argv);
   Desktop desktop;
   QDBusConnection bus = QDBusConnection::sessionBus();
-  for (const char *path : {"/StatusNotifierWatcher", "/org/freedesktop/portal/desktop"})
+  for (const char *path :
+       {"/StatusNotifierWatcher", "/org/freedesktop/portal/desktop", "/org/freedesktop/Notifications"})
     bus.registerVirtualObject(QString::fromLatin1(path), &desktop, QDBusConnection::SubPath);
   bus.registerService(QStringLiteral("org.freedesktop.portal.Desktop"));
   QSocketNotifier input(0, QSocketNotifier::Read);

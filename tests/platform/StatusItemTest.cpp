@@ -17,12 +17,14 @@
 
 #include "platform/status/StatusImage.h"
 #include "support/CapturedLog.h"
+#include "support/Desktop.h"
 #include "support/EventLoop.h"
 #include "support/OtherProgram.h"
 
 namespace velmora {
 namespace {
 
+using tests::Desktop;
 using tests::runUntil;
 using tests::xdotool;
 
@@ -73,31 +75,6 @@ int extremeLightness(const StatusItem &item, bool brightest) {
                         : std::min(found, picture.pixelColor(x, y).lightness());
   return found;
 }
-
-/// Both ends of the session bus that matter here: who takes status items, and who knows the user's colours.
-/// A program of its own, since the toolkit waits for its answers.
-class Desktop {
- public:
-  Desktop() {
-    m_process.start(QStringLiteral(VELMORA_TEST_DESKTOP), {});
-    EXPECT_TRUE(hears("ready"));
-  }
-  ~Desktop() {
-    m_process.closeWriteChannel();
-    m_process.waitForFinished();
-  }
-  Desktop(const Desktop &) = delete;
-  Desktop &operator=(const Desktop &) = delete;
-
-  void say(const char *command) { m_process.write(command + QByteArray("\n")); }
-  /// Waits for one more line that says so.
-  [[nodiscard]] bool hears(const char *line) {
-    return runUntil([&] { return m_process.canReadLine() && m_process.readLine().trimmed() == line; });
-  }
-
- private:
-  QProcess m_process;
-};
 
 TEST(StatusItem, IsInTheTrayOfX11WheneverOneIsThere) {
   Desktop desktop;
