@@ -225,8 +225,8 @@ Wenn Sie genau diese Tasten möchten: Die meisten Tastenkürzel lassen sich in d
         <translation>Wo Velmora ist</translation>
     </message>
     <message>
-        <source>Velmora is up here</source>
-        <translation>Velmora ist hier oben</translation>
+        <source>This is where Velmora is</source>
+        <translation>Hier ist Velmora</translation>
     </message>
     <message>
         <source>Click the icon or press your shortcut, and say what you would like to know.</source>

@@ -85,6 +85,42 @@ TEST(PopoverGeometry, TheArrowGoesWhereTheBubbleFits) {
   EXPECT_EQ(oppositeDirection(kStrange), none);
 }
 
+TEST(PopoverGeometry, ABubbleThatMustNotLeaveTheScreenMakesWayAndItsArrowDoesNot) {
+  constexpr QRectF kScreen(100, 0, 1000, 800);
+  constexpr QSizeF kSize(224, 124);  // with 12 of margin on every side
+  struct Case {
+    const char *what;
+    QRectF anchor;
+    ArrowDirection preferred;
+    ArrowDirection expected;
+    double way;  // rightward or upward
+  };
+  for (const Case &c : {Case{"room enough", {500, 776, 22, 24}, up, up, 0},
+                        Case{"upper right corner", {1078, 776, 22, 24}, up, up, -89},
+                        Case{"upper left corner", {100, 776, 22, 24}, up, up, 89},
+                        Case{"lower right corner", {1078, 0, 22, 24}, up, down, -89},
+                        Case{"beside, at the lower edge", {100, 0, 22, 24}, left, left, 38},
+                        Case{"beside, at the upper edge", {1078, 776, 22, 24}, left, right, -38}}) {
+    EXPECT_EQ(chooseArrowDirection(c.preferred, kSize, c.anchor, kScreen, 12), c.expected) << c.what;
+    const QRectF frame = popoverFrame(kSize, c.expected, c.anchor);
+    const bool sideways = c.expected == up || c.expected == down;
+    EXPECT_EQ(shiftedOntoScreen(frame, c.expected, kScreen, 12),
+              frame.translated(sideways ? c.way : 0, sideways ? 0 : c.way))
+        << c.what;
+    EXPECT_EQ(shiftedOntoScreen(frame, c.expected, {}, 12), frame);
+    // The arrow goes the other way, and not around the corner.
+    BubbleShape shape{.arrowDirection = c.expected, .arrowOffset = -c.way};
+    const QPainterPath path = shape.path({{}, kSize});
+    EXPECT_TRUE(QRectF(QPointF(), kSize).contains(path.boundingRect())) << c.what;
+    const double amid = sideways ? 112 : 62;
+    const double tip = std::clamp(amid - c.way, 27.5, 2 * amid - 27.5);
+    const double edge = c.expected == up || c.expected == right ? -1 : 1;
+    const QPointF inside = sideways ? QPointF(tip, (edge < 0 ? 124 : 0) + edge * 4)
+                                    : QPointF((edge < 0 ? 224 : 0) + edge * 4, tip);
+    EXPECT_TRUE(path.contains(inside)) << c.what;
+  }
+}
+
 /// The end points of the path's pieces, curves without their control points.
 QList<QPointF> corners(const QPainterPath &path) {
   QList<QPointF> points;

@@ -63,12 +63,24 @@ void INPopoverController::setContentViewController(ViewController *controller) {
 
 void INPopoverController::setContentSize(const QSizeF &size) {
   m_contentSize = size;
-  m_popoverWindow->setFrame(popoverFrameWithSize(size, arrowDirection()), m_animates);
+  placeWindow(m_animates);
 }
 
 QRectF INPopoverController::popoverFrameWithSize(const QSizeF &size, ArrowDirection direction) const {
-  return popoverFrame(m_popoverWindow->frameRectForContentRect(QRectF(QPointF(), size)).size(), direction,
-                      m_screenRect);
+  const QRectF frame = popoverFrame(frameSize(size), direction, m_screenRect);
+  if (!m_staysOnScreen || frame.isEmpty()) return frame;
+  return shiftedOntoScreen(frame, direction, screenFrame(), arrowSize().height());
+}
+
+QSizeF INPopoverController::frameSize(const QSizeF &contentSize) const {
+  return m_popoverWindow->frameRectForContentRect(QRectF(QPointF(), contentSize)).size();
+}
+
+void INPopoverController::placeWindow(bool animated) {
+  const QRectF frame = popoverFrameWithSize(m_contentSize, arrowDirection());
+  const QPointF way = popoverFrame(frame.size(), arrowDirection(), m_screenRect).topLeft() - frame.topLeft();
+  frameView().setArrowOffset(way.x() + way.y());  // one of them is zero
+  m_popoverWindow->setFrame(frame, animated);
 }
 
 QRectF INPopoverController::screenRectOfAnchor() const {
@@ -88,14 +100,13 @@ QRectF INPopoverController::screenFrame() const {
 }
 
 ArrowDirection INPopoverController::arrowDirectionWithPreferred(ArrowDirection preferred) const {
-  return chooseArrowDirection(
-      preferred, m_popoverWindow->frameRectForContentRect(QRectF(QPointF(), m_contentSize)).size(),
-      m_screenRect, screenFrame());
+  return chooseArrowDirection(preferred, frameSize(m_contentSize), m_screenRect, screenFrame(),
+                              m_staysOnScreen ? std::optional(arrowSize().height()) : std::nullopt);
 }
 
 void INPopoverController::recalculateAndResetArrowDirection() {
   setArrowDirection(arrowDirectionWithPreferred(arrowDirection()));
-  if (popoverIsVisible()) m_popoverWindow->setFrame(popoverFrameWithSize(m_contentSize, arrowDirection()));
+  if (popoverIsVisible()) placeWindow();
 }
 
 void INPopoverController::presentPopoverFromRect(const QRectF &rect, QWidget *positionView,
@@ -110,7 +121,7 @@ void INPopoverController::presentPopoverFromRect(const QRectF &rect, QWidget *po
   if (parentWindow) m_parentWindowPlace = placeOnDesktop(*parentWindow);
 
   setArrowDirection(arrowDirectionWithPreferred(preferredArrowDirection));
-  m_popoverWindow->setFrame(popoverFrameWithSize(m_contentSize, arrowDirection()));
+  placeWindow();
   m_popoverWindow->setTransientParent(parentWindow);
 
   m_popoverWindow->setAlphaAnimationDelegate([this] { animationDidStop(); });
@@ -167,7 +178,7 @@ void INPopoverController::followParentWindow(QEvent &event) {
     const QPointF way = place - m_parentWindowPlace;
     m_parentWindowPlace = place;
     m_screenRect.translate(way);
-    m_popoverWindow->setFrame(m_popoverWindow->frame().translated(way));
+    placeWindow();
   }
 }
 
@@ -179,7 +190,7 @@ void INPopoverController::positionViewFrameChanged() {
   }
   m_screenRect = screenRectOfAnchor();
   m_parentWindowPlace = placeOnDesktop(*m_positionView->window());
-  m_popoverWindow->setFrame(popoverFrameWithSize(m_contentSize, arrowDirection()));
+  placeWindow();
 }
 
 void INPopoverController::applicationDidBecomeActive() {

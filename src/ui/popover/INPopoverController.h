@@ -89,6 +89,10 @@ class INPopoverController {
   void setClosesWhenApplicationBecomesInactive(bool closes) {
     m_closesWhenApplicationBecomesInactive = closes;
   }
+  /// Whether the bubble makes way along the side with the arrow, which goes on pointing at the anchor, rather
+  /// than leave the screen. Looked at whenever the popover is placed.
+  [[nodiscard]] bool staysOnScreen() const { return m_staysOnScreen; }
+  void setStaysOnScreen(bool stays) { m_staysOnScreen = stays; }
   [[nodiscard]] bool animates() const { return m_animates; }
   void setAnimates(bool animates) { m_animates = animates; }
   [[nodiscard]] INPopoverAnimationType animationType() const { return m_animationType; }
@@ -115,6 +119,8 @@ class INPopoverController {
   [[nodiscard]] QRectF screenRectOfAnchor() const;
   [[nodiscard]] QRectF screenFrame() const;
   [[nodiscard]] ArrowDirection arrowDirectionWithPreferred(ArrowDirection preferred) const;
+  [[nodiscard]] QSizeF frameSize(const QSizeF &contentSize) const;
+  void placeWindow(bool animated = false);
   void addObservers(bool anchorsToPositionView);
   void followParentWindow(QEvent &event);
   void positionViewFrameChanged();
@@ -133,6 +139,7 @@ class INPopoverController {
   bool m_closesWhenEscapeKeyPressed = true;
   bool m_closesWhenPopoverResignsKey = true;
   bool m_closesWhenApplicationBecomesInactive = false;
+  bool m_staysOnScreen = false;
   bool m_animates = true;
   INPopoverAnimationType m_animationType = INPopoverAnimationType::pop;
   unsigned m_openings = 0;

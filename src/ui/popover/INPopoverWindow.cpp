@@ -101,6 +101,12 @@ void INPopoverWindow::fitShape() {
   }
 }
 
+void INPopoverWindow::screenChanged() {
+  // The same mask means other pixels on a screen with another scale, but would be taken for no change.
+  clearMask();
+  if (isVisible()) fitShape();
+}
+
 void INPopoverWindow::setAlphaValue(double alpha) {
   m_alphaValue = alpha;
   setWindowOpacity(alpha);
@@ -155,6 +161,9 @@ void INPopoverWindow::dismissAnimated() { animateAlpha(0); }
 void INPopoverWindow::makeKeyAndOrderFront() {
   m_composited = desktopIsComposited();
   fitShape();
+  winId();  // makes the handle
+  connect(windowHandle(), &QWindow::screenChanged, this, &INPopoverWindow::screenChanged,
+          Qt::UniqueConnection);
   show();
   raise();
   activateWindow();
@@ -163,6 +172,7 @@ void INPopoverWindow::makeKeyAndOrderFront() {
 void INPopoverWindow::orderOut() {
   m_alphaAnimation.stop();
   hide();
+  m_hadKey = false;  // what it loses by this is not what it may have when it is shown again
 }
 
 void INPopoverWindow::setTransientParent(QWidget *window) {
@@ -182,12 +192,13 @@ void INPopoverWindow::cancelOperation() {
 bool INPopoverWindow::event(QEvent *event) {
   const bool handled = QWidget::event(event);
   if (event->type() == QEvent::WindowActivate) {
+    m_hadKey = true;
     // A window manager's word about the place may have come after ours.
     place();
   } else if (event->type() == QEvent::WindowDeactivate) {
     // On the next turn, when it is known whether another application has the focus.
     MainQueue::main().async(m_alive, [this] {
-      if (isVisible() && !isKeyWindow()) Q_EMIT didResignKey();
+      if (isVisible() && m_hadKey && !isKeyWindow()) Q_EMIT didResignKey();
     });
   }
   return handled;

@@ -86,6 +86,7 @@ class INPopoverWindow : public QWidget {
   void place();
   void layOut();
   void fitShape();
+  void screenChanged();
 
   INPopoverController &m_popoverController;
   INPopoverWindowFrame m_frameView;
@@ -94,6 +95,7 @@ class INPopoverWindow : public QWidget {
   QRectF m_frame;
   double m_alphaValue = 1.0;
   bool m_composited = true;
+  bool m_hadKey = false;  // since it was shown
   std::function<void()> m_alphaAnimationDidStop;
   QVariantAnimation m_alphaAnimation;
   QVariantAnimation m_frameAnimation;

@@ -34,6 +34,9 @@ void INPopoverWindowFrame::setArrowSize(const QSizeF &size) {
 void INPopoverWindowFrame::setArrowDirection(ArrowDirection direction) {
   if (change(m_shape.arrowDirection, direction)) Q_EMIT shapeChanged();
 }
+void INPopoverWindowFrame::setArrowOffset(double offset) {
+  if (change(m_shape.arrowOffset, offset)) Q_EMIT shapeChanged();
+}
 void INPopoverWindowFrame::setOpaque(bool opaque) { change(m_opaque, opaque); }
 
 QPainterPath INPopoverWindowFrame::popoverBezierPathWithRect(const QRectF &rect) const {

@@ -33,6 +33,9 @@ class INPopoverWindowFrame : public QWidget {
   void setArrowSize(const QSizeF &size);
   [[nodiscard]] ArrowDirection arrowDirection() const { return m_shape.arrowDirection; }
   void setArrowDirection(ArrowDirection direction);
+  /// From the middle of its side, rightward or upward.
+  [[nodiscard]] double arrowOffset() const { return m_shape.arrowOffset; }
+  void setArrowOffset(double offset);
 
   /// The outline of a bubble in `rect`, in the upward axis.
   [[nodiscard]] QPainterPath popoverBezierPathWithRect(const QRectF &rect) const;

@@ -23,6 +23,7 @@ ArrowDirection arrowFor(RectEdge edge) {
 Popover::Popover() {
   // Shown is what is visible, from the first moment on.
   m_controller.setAnimationType(INPopoverAnimationType::fadeInAndOut);
+  m_controller.setStaysOnScreen(true);
   setTransient(false);
 }
 

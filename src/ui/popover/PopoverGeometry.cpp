@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ui/popover/PopoverGeometry.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace velmora {
@@ -28,10 +29,28 @@ QRectF popoverFrame(const QSizeF &size, ArrowDirection direction, const QRectF &
   }
 }
 
+QRectF shiftedOntoScreen(const QRectF &frame, ArrowDirection direction, const QRectF &screen, double height) {
+  if (screen.isEmpty()) return frame;
+  const bool sideways = direction == ArrowDirection::up || direction == ArrowDirection::down;
+  const double begin = (sideways ? screen.left() : screen.top()) - height;
+  const double end = (sideways ? screen.right() : screen.bottom()) + height;
+  const double extent = sideways ? frame.width() : frame.height();
+  const double place = sideways ? frame.x() : frame.y();
+  // What is too large for the screen shows its beginning, which is its upper end.
+  const double shifted = sideways ? std::max(begin, std::min(place, end - extent))
+                                  : std::min(end - extent, std::max(place, begin));
+  return sideways ? frame.translated(shifted - place, 0) : frame.translated(0, shifted - place);
+}
+
 ArrowDirection chooseArrowDirection(ArrowDirection preferred, const QSizeF &size, const QRectF &anchor,
-                                    const QRectF &screen) {
+                                    const QRectF &screen, std::optional<double> shiftHeight) {
   const auto fits = [&](ArrowDirection direction) {
-    return screen.contains(popoverFrame(size, direction, anchor));
+    const QRectF frame = popoverFrame(size, direction, anchor);
+    if (!shiftHeight) return screen.contains(frame);
+    const double margin = *shiftHeight;
+    const QRectF bubble =
+        shiftedOntoScreen(frame, direction, screen, margin).adjusted(margin, margin, -margin, -margin);
+    return screen.contains(bubble);
   };
   if (fits(preferred)) return preferred;
   const ArrowDirection opposite = oppositeDirection(preferred);
@@ -64,6 +83,12 @@ void addCorner(QPainterPath &path, const QPointF &center, double radius, double 
 
 }  // namespace
 
+/// The offset that leaves an arrow on a straight `side` of this length.
+double BubbleShape::offsetWithin(double side) const {
+  const double most = std::max(0.0, (side - arrowSize.width()) / 2);
+  return std::clamp(arrowOffset, -most, most);
+}
+
 QPainterPath BubbleShape::path(const QRectF &rect) const {
   const double r = cornerRadius;
   const double half = arrowSize.width() / 2;
@@ -73,33 +98,33 @@ QPainterPath BubbleShape::path(const QRectF &rect) const {
   const double maxX = inner.right();
   const double minY = inner.top();  // the lower edge: y grows upward
   const double maxY = inner.bottom();
-  const double midX = inner.center().x();
-  const double midY = inner.center().y();
+  const double arrowX = inner.center().x() + offsetWithin(inner.width());
+  const double arrowY = inner.center().y() + offsetWithin(inner.height());
 
   QPainterPath path;
   addCorner(path, {minX, minY}, r, 180);
   if (arrowDirection == ArrowDirection::down) {
-    path.lineTo(std::floor(midX - half), minY - r);
-    path.lineTo(std::floor(midX), minY - r - height);
-    path.lineTo(std::floor(midX + half), minY - r);
+    path.lineTo(std::floor(arrowX - half), minY - r);
+    path.lineTo(std::floor(arrowX), minY - r - height);
+    path.lineTo(std::floor(arrowX + half), minY - r);
   }
   addCorner(path, {maxX, minY}, r, 270);
   if (arrowDirection == ArrowDirection::right) {
-    path.lineTo(maxX + r, std::floor(midY - half));
-    path.lineTo(maxX + r + height, std::floor(midY));
-    path.lineTo(maxX + r, std::floor(midY + half));
+    path.lineTo(maxX + r, std::floor(arrowY - half));
+    path.lineTo(maxX + r + height, std::floor(arrowY));
+    path.lineTo(maxX + r, std::floor(arrowY + half));
   }
   addCorner(path, {maxX, maxY}, r, 0);
   if (arrowDirection == ArrowDirection::up) {
-    path.lineTo(std::floor(midX + half), maxY + r);
-    path.lineTo(std::floor(midX), maxY + r + height);
-    path.lineTo(std::floor(midX - half), maxY + r);
+    path.lineTo(std::floor(arrowX + half), maxY + r);
+    path.lineTo(std::floor(arrowX), maxY + r + height);
+    path.lineTo(std::floor(arrowX - half), maxY + r);
   }
   addCorner(path, {minX, maxY}, r, 90);
   if (arrowDirection == ArrowDirection::left) {
-    path.lineTo(minX - r, std::floor(midY + half));
-    path.lineTo(minX - r - height, std::floor(midY));
-    path.lineTo(minX - r, std::floor(midY - half));
+    path.lineTo(minX - r, std::floor(arrowY + half));
+    path.lineTo(minX - r - height, std::floor(arrowY));
+    path.lineTo(minX - r, std::floor(arrowY - half));
   }
   path.closeSubpath();
   return path;
@@ -112,9 +137,10 @@ QList<QRectF> BubbleShape::topHighlight(const QRectF &bounds, double borderWidth
   const double y = body.y() + body.height() - borderWidth - 1.0;
   const double width = body.width() - cornerRadius;
   if (arrowDirection != ArrowDirection::up) return {{left, y, width, 1}};
-  const double piece = std::floor(width * 0.5 - arrowSize.width() * 0.5);
-  const double second = std::floor(width * 0.5 + left + arrowSize.width() * 0.5);
-  return {{left, y, piece, 1}, {second, y, piece, 1}};
+  const double offset = offsetWithin(body.width() - 2 * cornerRadius);
+  const double half = width * 0.5 - arrowSize.width() * 0.5;
+  const double second = std::floor(width * 0.5 + left + arrowSize.width() * 0.5 + offset);
+  return {{left, y, std::floor(half + offset), 1}, {second, y, std::floor(half - offset), 1}};
 }
 
 }  // namespace velmora
