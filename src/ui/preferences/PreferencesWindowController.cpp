@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QIcon>
 #include <QKeyEvent>
+#include <QPushButton>
 #include <QStyle>
 #include <utility>
 
@@ -16,6 +17,7 @@ namespace velmora {
 namespace {
 
 constexpr int kIconSize = 96;                       // logical pixels
+constexpr int kButtonPadding = 12;                  // where a style has less
 constexpr double kNameScale = 1.5;                  // against the other letters
 constexpr QLatin1String kLoggedInKey("logged_in");  // false signs the user out, whoever writes it
 const QString kCustomShortcut = QStringLiteral("customShortcut");
@@ -79,11 +81,12 @@ void PreferencesWindowController::windowDidLoad() {
         tr("The folder of programs that start at log-in cannot be written."));
   }
   showInformation();
-  const std::pair<QWidget *, const QUrl &> links[] = {{m_ui->faqButton, m_information.forum},
-                                                      {m_ui->fanPageButton, m_information.fanPage},
-                                                      {m_ui->twitterButton, m_information.microblog},
-                                                      {m_ui->tessalyButton, m_information.home}};
+  const std::pair<QPushButton *, const QUrl &> links[] = {{m_ui->faqButton, m_information.forum},
+                                                          {m_ui->fanPageButton, m_information.fanPage},
+                                                          {m_ui->twitterButton, m_information.microblog},
+                                                          {m_ui->tessalyButton, m_information.home}};
   for (const auto &[button, address] : links) {
+    button->setMinimumWidth(button->fontMetrics().horizontalAdvance(button->text()) + 2 * kButtonPadding);
     button->setVisible(!address.isEmpty());
     button->setToolTip(address.toDisplayString());
   }
