@@ -225,8 +225,8 @@ void INPopoverWindow::paintEvent(QPaintEvent *) {
   painter.setRenderHint(QPainter::Antialiasing);
   painter.translate(0, 1);
   const QPainterPath outline = m_frameView.outline();
-  for (int width = 2; width <= 14; width += 3) {
-    painter.strokePath(outline, QPen(QColor(0, 0, 0, 14), width, Qt::SolidLine, Qt::FlatCap, Qt::RoundJoin));
+  for (int width = 1; width <= 14; ++width) {
+    painter.strokePath(outline, QPen(QColor(0, 0, 0, 5), width, Qt::SolidLine, Qt::FlatCap, Qt::RoundJoin));
   }
 }
 
