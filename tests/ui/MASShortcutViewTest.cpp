@@ -229,22 +229,6 @@ TEST_F(ShortcutView, SaysWhatIsTakenAndGoesOn) {
   MASShortcutMonitor::sharedMonitor().unregisterAllShortcuts();
 }
 
-TEST_F(ShortcutView, ShowsAnAlertBoxThatAnswersToItsButton) {
-  // Its event loop runs inside: a timer presses the button once the box has the focus.
-  QTimer look;
-  QObject::connect(&look, &QTimer::timeout, &look, [&look] {
-    if (!QApplication::activeModalWidget() || !QApplication::activeModalWidget()->isActiveWindow()) return;
-    look.stop();
-    EXPECT_TRUE(xdotool({"key", "Tab", "key", "Return"}));
-  });
-  look.start(10);
-  const QString text = QStringLiteral("text");
-  EXPECT_EQ(
-      showAlert({.messageText = text, .informativeText = {}, .buttons = {text, QStringLiteral("other")}},
-                &window),
-      1);
-}
-
 class OneWayTransformer final : public ValueTransformer {
  public:
   [[nodiscard]] bool allowsReverseTransformation() const override { return false; }

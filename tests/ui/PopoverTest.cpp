@@ -407,17 +407,12 @@ TEST_F(PopoverTest, TheStatusItemsPopoverHangsBelowARectangleOfTheDesktop) {
   EXPECT_TRUE(status.isShown()) << "stays until it is closed";
   status.performClose();
   EXPECT_TRUE(runUntil([&] { return !status.isShown(); }));
-  struct Case {
-    RectEdge edge;
-    ArrowDirection direction;
-  };
-  for (const Case &c : {Case{RectEdge::minX, ArrowDirection::right},
-                        {RectEdge::maxX, ArrowDirection::left},
-                        {RectEdge::maxY, ArrowDirection::down},
-                        {RectEdge::minY, ArrowDirection::up}}) {
+  const ArrowDirection directions[] = {ArrowDirection::right, ArrowDirection::up, ArrowDirection::left,
+                                       ArrowDirection::down};
+  for (const int edge : {0, 1, 2, 3}) {
     status.setTransient(true);
-    status.show(button.rect(), &button, c.edge);
-    EXPECT_EQ(status.controller().arrowDirection(), c.direction);
+    status.show(button.rect(), &button, RectEdge{edge});
+    EXPECT_EQ(status.controller().arrowDirection(), directions[edge]);
     ASSERT_TRUE(runUntil([&] { return bubble.isActiveWindow(); }));
     QWidget elsewhere;
     elsewhere.show();
