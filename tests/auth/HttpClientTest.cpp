@@ -49,40 +49,31 @@ struct HttpClientTest : testing::Test {
 TEST_F(HttpClientTest, TakesEveryJsonAnswerAndNoOther) {
   HttpServer elsewhere([](const HttpRequest &) { return HttpAnswer{.body = "{}"}; });
   const std::string large = '"' + std::string(HttpClient::kLargestAnswer - 2, 'x') + '"';
-  const std::map<std::string, HttpAnswer> answers{
-      {"/ok", {.body = "{}"}},
-      {"/null", {.body = "null"}},
-      {"/refused", {.status = 400, .body = R"({"error": "invalid_grant"})"}},
-      {"/unauthorised", {.status = 401, .body = "{}", .headers = {{"WWW-Authenticate", "Basic"}}}},
-      {"/broken", {.status = 503, .body = "{}"}},
-      {"/html", {.body = std::string("<html>") + kSecret, .type = "text/html"}},
-      {"/nothing", {.status = 204}},
-      {"/large", {.body = large}},
-      {"/larger", {.body = large + ' '}},
-      {"/larger-chunks", {.body = large + ' ', .chunked = true}},
-      {"/here", {.status = 307, .headers = {{"Location", "/ok"}}}},
-      {"/elsewhere", {.status = 307, .headers = {{"Location", elsewhere.url("/")}}}},
-      {"/file", {.status = 307, .headers = {{"Location", "file:///etc/hostname"}}}},
-      {"/circle", {.status = 307, .headers = {{"Location", "/circle"}}}},
+  struct Case {
+    HttpAnswer answer;
+    const char *expected;
   };
-  HttpServer server([&](const HttpRequest &request) { return answers.at(request.target); });
-  for (const auto &[path, expected] : std::map<std::string, std::string>{
-           {"/ok", "JSON"},
-           {"/null", "JSON"},
-           {"/refused", "JSON"},
-           {"/unauthorised", "JSON"},
-           {"/broken", "JSON"},
-           {"/html", "the answer is no JSON (HTTP status 200)"},
-           {"/nothing", "the answer is no JSON (HTTP status 204)"},
-           {"/large", "JSON"},
-           {"/larger", "the answer is too large"},
-           {"/larger-chunks", "the answer is too large"},
-           {"/here", "JSON"},
-           {"/elsewhere", "edirect"},
-           {"/file", "rotocol"},
-           {"/circle", "(HTTP status 307)"},
-       }) {
-    EXPECT_THAT(post(client, server.url(path)), HasSubstr(expected)) << path;
+  const std::map<std::string, Case> cases{
+      {"/ok", {{.body = "{}"}, "JSON"}},
+      {"/null", {{.body = "null"}, "JSON"}},
+      {"/refused", {{.status = 400, .body = R"({"error": "invalid_grant"})"}, "JSON"}},
+      {"/unauthorised", {{.status = 401, .body = "{}", .headers = {{"WWW-Authenticate", "Basic"}}}, "JSON"}},
+      {"/broken", {{.status = 503, .body = "{}"}, "JSON"}},
+      {"/html",
+       {{.body = std::string("<html>") + kSecret, .type = "text/html"},
+        "the answer is no JSON (HTTP status 200)"}},
+      {"/nothing", {{.status = 204}, "the answer is no JSON (HTTP status 204)"}},
+      {"/large", {{.body = large}, "JSON"}},
+      {"/larger", {{.body = large + ' '}, "the answer is too large"}},
+      {"/larger-chunks", {{.body = large + ' ', .chunked = true}, "the answer is too large"}},
+      {"/here", {{.status = 307, .headers = {{"Location", "/ok"}}}, "JSON"}},
+      {"/elsewhere", {{.status = 307, .headers = {{"Location", elsewhere.url("/")}}}, "edirect"}},
+      {"/file", {{.status = 307, .headers = {{"Location", "file:///etc/hostname"}}}, "rotocol"}},
+      {"/circle", {{.status = 307, .headers = {{"Location", "/circle"}}}, "(HTTP status 307)"}},
+  };
+  HttpServer server([&](const HttpRequest &request) { return cases.at(request.target).answer; });
+  for (const auto &[path, each] : cases) {
+    EXPECT_THAT(post(client, server.url(path)), HasSubstr(each.expected)) << path;
     EXPECT_EQ(server.requests().values().back().body, "code=hush-hush") << path;
   }
   EXPECT_TRUE(elsewhere.requests().values().empty());

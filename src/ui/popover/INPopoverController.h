@@ -76,7 +76,7 @@ class INPopoverController {
   [[nodiscard]] QSizeF contentSize() const { return m_contentSize; }
   void setContentSize(const QSizeF &size);
   /// The view that the popover is open at, else null.
-  [[nodiscard]] QWidget *positionView() const { return m_positionView; }
+  [[nodiscard]] QWidget *positionView() const { return m_positionView.data(); }
 
   [[nodiscard]] bool closesWhenEscapeKeyPressed() const { return m_closesWhenEscapeKeyPressed; }
   void setClosesWhenEscapeKeyPressed(bool closes) { m_closesWhenEscapeKeyPressed = closes; }

@@ -39,7 +39,7 @@ class INPopoverWindow : public QWidget {
 
   /// The shown view or null. A view is a child of the window from its setting to the next one's or the
   /// window's end, and without a parent afterwards.
-  [[nodiscard]] QWidget *popoverContentView() const { return m_popoverContentView; }
+  [[nodiscard]] QWidget *popoverContentView() const { return m_popoverContentView.data(); }
   void setPopoverContentView(QWidget *view);
 
   /// 0 to 1; shows under a compositor only.
@@ -63,7 +63,7 @@ class INPopoverWindow : public QWidget {
   /// Tells the window manager what to keep the window above, before it is shown or later.
   void setTransientParent(QWidget *window);
   /// The window that this one is a child of, or null.
-  [[nodiscard]] QWidget *parentWindow() const { return m_parentWindow; }
+  [[nodiscard]] QWidget *parentWindow() const { return m_parentWindow.data(); }
   void setParentWindow(QWidget *window);
 
   /// Closes the popover if it is to close by Escape.
