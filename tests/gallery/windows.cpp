@@ -23,9 +23,8 @@
 #include "ui/preferences/PreferencesWindowController.h"
 #include "ui/shortcut/MASShortcutView.h"
 
+namespace velmora {
 namespace {
-
-using namespace velmora;
 
 const MASShortcut kCommandF1(122, shortcut_modifier::kCommand);
 constexpr QSize kFrame(10, 30);  // what a window manager adds, at the most
@@ -94,18 +93,19 @@ std::unique_ptr<QWidget> windowOf(const QString &name, UserDefaults &defaults) {
 }
 
 }  // namespace
+}  // namespace velmora
 
 int main(int argc, char **argv) {
   QApplication application(argc, argv);
   const QStringList arguments = QApplication::arguments();
   if (arguments.size() < 3) return 2;
-  tests::setTheme(arguments.contains(QStringLiteral("--dark")));
-  if (arguments.contains(QStringLiteral("--german"))) installTranslations(QLocale(QLocale::German));
-  UserDefaults defaults;
+  velmora::tests::setTheme(arguments.contains(QStringLiteral("--dark")));
+  if (arguments.contains(QStringLiteral("--german"))) velmora::installTranslations(QLocale(QLocale::German));
+  velmora::UserDefaults defaults;
   defaults.setObject(true, QStringLiteral("logged_in"));
-  const auto window = windowOf(arguments.at(arguments.size() - 2), defaults);
+  const auto window = velmora::windowOf(arguments.at(arguments.size() - 2), defaults);
   bool saved = false;
-  QTimer::singleShot(kSettled, [&] {
+  QTimer::singleShot(velmora::kSettled, [&] {
     saved = window->screen()->grabWindow(window->winId()).save(arguments.last(), "PNG");
     QApplication::quit();
   });

@@ -95,8 +95,7 @@ void expectReadable(QWidget &window, int least, const std::string &what) {
   EXPECT_GE(measured, least) << what;
 }
 
-class Contrast : public testing::TestWithParam<bool> {
- protected:
+struct Contrast : testing::TestWithParam<bool> {
   Contrast() : before(QApplication::palette()) { tests::setTheme(GetParam()); }
   ~Contrast() override { QApplication::setPalette(before); }
   QPalette before;

@@ -97,7 +97,8 @@ TEST(AudioPlot, DrawsTheSamplesAsItIsToldTo) {
       plot.setColor(Qt::red);
       plot.updateBuffer(one.samples);
       const QImage image = pictureOf(plot, scale);
-      const double middle = (image.height() - scale) / 2 + scale / 2.0;  // of whole rows
+      const int above = (image.height() - scale) / 2;  // whole rows
+      const double middle = above + scale / 2.0;
       const double reach = middle - scale / 2.0;
       for (const auto &[x, wanted] :
            {std::pair(kWidth / 4, one.left), std::pair(kWidth * 3 / 4, one.right)}) {
