@@ -26,6 +26,12 @@
 namespace velmora {
 namespace {
 
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool kIsSanitized = true;
+#else
+constexpr bool kIsSanitized = false;
+#endif
+
 constexpr std::string_view kPrefix = "crash-";
 constexpr std::string_view kKept = "kept-";
 constexpr std::string_view kSuffix = ".txt";
@@ -131,13 +137,7 @@ void makeHandlerStack() {
 }  // namespace
 
 void startCrashReporter(const std::filesystem::path &folder) {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-  (void)folder;
-  (void)handle;
-  (void)nameException;
-  (void)makeFolder;
-  (void)makeHandlerStack;
-#else
+  if (kIsSanitized) return;
   const std::string path = folder.string();
   if (path.size() >= theFolder.size() / 2 || !makeFolder(folder)) {
     return log("Crash report error: ", path,
@@ -157,7 +157,6 @@ void startCrashReporter(const std::filesystem::path &folder) {
   action.sa_flags = SA_SIGINFO | SA_ONSTACK;
   sigfillset(&action.sa_mask);
   for (const int signal : kSignals) ::sigaction(signal, &action, nullptr);
-#endif
 }
 
 std::vector<std::filesystem::path> pendingCrashReports(const std::filesystem::path &folder) {
