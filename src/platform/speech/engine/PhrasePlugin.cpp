@@ -4,12 +4,14 @@
 
 #include <pocketsphinx/pocketsphinx.h>
 #include <sphinxbase/err.h>
+#include <sphinxbase/fsg_model.h>
 
 #include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <mutex>
 #include <set>
 #include <sstream>
@@ -42,6 +44,7 @@ const std::filesystem::path kDictionary = kModel / "cmudict-en-us.dict";
 struct Release {
   void operator()(cmd_ln_t *config) const { cmd_ln_free_r(config); }
   void operator()(ps_decoder_t *decoder) const { ps_free(decoder); }
+  void operator()(fsg_model_t *automaton) const { fsg_model_free(automaton); }
 };
 
 [[noreturn]] void fail(const std::string &what) { throw std::runtime_error(what); }
@@ -58,18 +61,17 @@ __attribute__((format(printf, 3, 4))) void hearComplaint(void *, err_lvl_t level
   standardErrorSink()(std::string("Speech recognition failed: ") + line);
 }
 
-/// What a grammar takes for a sign of its own stands in no dictionary, and is found missing there.
-std::set<std::string> wordsOf(const std::vector<std::string> &phrases) {
-  std::set<std::string> words;
-  for (const std::string &phrase : phrases) {
-    std::istringstream pieces(phrase);
-    for (std::string word; pieces >> word;) words.insert(word);
-  }
-  return words;
+std::vector<std::string> piecesOf(const std::string &phrase) {
+  std::istringstream pieces(phrase);
+  return {std::istream_iterator<std::string>(pieces), {}};
 }
 
 /// Gives the decoder the pronunciations of these words only: the whole dictionary takes 40 MB.
-void addPronunciations(ps_decoder_t *decoder, const std::set<std::string> &words) {
+void addPronunciations(ps_decoder_t *decoder, const std::vector<std::string> &phrases) {
+  std::set<std::string> words;
+  for (const std::string &phrase : phrases) {
+    for (const std::string &word : piecesOf(phrase)) words.insert(word);
+  }
   std::set<std::string> missing = words;
   std::ifstream lines(kDictionary);
   for (std::string line; std::getline(lines, line);) {
@@ -82,10 +84,29 @@ void addPronunciations(ps_decoder_t *decoder, const std::set<std::string> &words
   if (!missing.empty()) fail("nobody knows how to say \"" + *missing.begin() + "\"");
 }
 
-std::string grammarOf(const std::vector<std::string> &phrases) {
-  std::string grammar = "#JSGF V1.0;\ngrammar phrases;\npublic <phrase> = ";
-  for (std::size_t i = 0; i < phrases.size(); ++i) grammar += (i == 0 ? "" : " | ") + phrases[i];
-  return grammar + ";\n";
+/// Any of the phrases, all of them as likely; one path from the first to the last state each. The library
+/// could read the same from a text, and leaks when it does.
+std::unique_ptr<fsg_model_t, Release> automatonOf(const std::vector<std::string> &phrases,
+                                                  ps_decoder_t *decoder, float languageWeight) {
+  constexpr int kStart = 0, kEnd = 1;
+  int states = 2;
+  for (const std::string &phrase : phrases) states += static_cast<int>(piecesOf(phrase).size());
+  std::unique_ptr<fsg_model_t, Release> automaton(
+      fsg_model_init(kPhrases, ps_get_logmath(decoder), languageWeight, states));
+  automaton->start_state = kStart;
+  automaton->final_state = kEnd;
+  int used = 2;
+  for (const std::string &phrase : phrases) {
+    const auto words = piecesOf(phrase);
+    int from = kStart;
+    for (std::size_t i = 0; i < words.size(); ++i) {
+      const int to = i + 1 == words.size() ? kEnd : used++;
+      fsg_model_trans_add(automaton.get(), from, to, 0,
+                          fsg_model_word_add(automaton.get(), words[i].c_str()));
+      from = to;
+    }
+  }
+  return automaton;
 }
 
 class Decoder final : public PhraseDecoder {
@@ -108,9 +129,10 @@ class Decoder final : public PhraseDecoder {
     if (!m_config) fail("its settings are refused");
     m_decoder.reset(ps_init(m_config.get()));
     if (!m_decoder) fail("the acoustic model in " + kAcoustics.string() + " cannot be read");
-    addPronunciations(m_decoder.get(), wordsOf(all));
-    if (ps_set_jsgf_string(m_decoder.get(), kPhrases, grammarOf(all).c_str()) < 0)
-      fail("the phrases are refused");
+    addPronunciations(m_decoder.get(), all);
+    const auto weight = static_cast<float>(cmd_ln_float_r(m_config.get(), "-lw"));
+    const auto automaton = automatonOf(all, m_decoder.get(), weight);
+    if (ps_set_fsg(m_decoder.get(), kPhrases, automaton.get()) < 0) fail("the phrases are refused");
     // Each search takes the settings of the moment it is added. The phones only tell how well the best of
     // them would fit, for which narrow beams are enough.
     cmd_ln_set_float_r(m_config.get(), "-beam", 1e-20);
