@@ -20,7 +20,7 @@ constexpr std::size_t kStartWindow = 12;
 constexpr std::size_t kStartVoiced = 7;  // longer than a click
 constexpr std::size_t kPause = 25;
 constexpr std::size_t kPauseVoiced = 2;  // clicks in it
-constexpr std::size_t kMargin = 25;      // before what is voiced: a quiet first consonant
+constexpr std::size_t kMargin = 60;      // before what is voiced: the decoder takes the means of the whole
 constexpr std::size_t kShortest = 33;
 constexpr std::size_t kLongest = 150;
 
@@ -63,14 +63,16 @@ bool ShortUtterance::takeFrame(std::span<const std::int16_t> frame) {
   if (!m_isSpeaking) {
     if (m_frames.size() > kMargin + kStartWindow) m_frames.pop_front();
     m_isSpeaking = voicedAmongLast(kStartWindow) >= kStartVoiced;
+    m_spoken = kStartVoiced;
     return false;
   }
+  ++m_spoken;
   if (m_voiced.size() == kPause && voicedAmongLast(kPause) <= kPauseVoiced) {
-    const bool isWanted = !m_isTooLong && m_frames.size() >= kShortest + kMargin + kPause;
+    const bool isWanted = !m_isTooLong && m_spoken >= kShortest + kPause;
     if (!isWanted) forget();
     return isWanted;
   }
-  if (m_frames.size() > kLongest + kMargin + kPause) {
+  if (m_spoken > kLongest + kPause) {
     m_isTooLong = true;  // until the next pause
     m_frames.clear();
   }

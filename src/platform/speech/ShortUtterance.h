@@ -34,6 +34,7 @@ class ShortUtterance {
   std::deque<bool> m_voiced;         // of the last frames
   std::deque<Frame> m_frames;        // of the utterance, or of the time before one
   bool m_isSpeaking = false;
+  std::size_t m_spoken = 0;  // frames of the speech and what follows
   bool m_isTooLong = false;
 };
 
