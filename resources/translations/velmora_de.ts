@@ -2,6 +2,53 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="de_DE" sourcelanguage="en">
 <context>
+    <name>AssistantView</name>
+    <message>
+        <source>Velmora</source>
+        <translation>Velmora</translation>
+    </message>
+    <message>
+        <source>Menu</source>
+        <translation>Menü</translation>
+    </message>
+    <message>
+        <source>Close (Escape)</source>
+        <translation>Schließen (Escape)</translation>
+    </message>
+    <message>
+        <source>Close</source>
+        <translation>Schließen</translation>
+    </message>
+    <message>
+        <source>What&apos;s on your mind?</source>
+        <translation>Was beschäftigt Sie?</translation>
+    </message>
+    <message>
+        <source>Click when you have said it</source>
+        <translation>Klicken, wenn alles gesagt ist</translation>
+    </message>
+    <message>
+        <source>Stop listening</source>
+        <translation>Zuhören beenden</translation>
+    </message>
+    <message>
+        <source>Talk (Space)</source>
+        <translation>Sprechen (Leertaste)</translation>
+    </message>
+    <message>
+        <source>Talk</source>
+        <translation>Sprechen</translation>
+    </message>
+    <message>
+        <source>Stop speaking (Space)</source>
+        <translation>Antwort abbrechen (Leertaste)</translation>
+    </message>
+    <message>
+        <source>Stop speaking</source>
+        <translation>Antwort abbrechen</translation>
+    </message>
+</context>
+<context>
     <name>HelpWindow</name>
     <message>
         <source>Velmora Help</source>
@@ -21,6 +68,17 @@
     <message>
         <source>Please attach Audio Input device to start with Google Assistant</source>
         <translation>Bitte schließen Sie ein Audio-Eingabegerät an, um Google Assistant zu verwenden</translation>
+    </message>
+</context>
+<context>
+    <name>LoadingView</name>
+    <message>
+        <source>Velmora is getting ready…</source>
+        <translation>Velmora wird vorbereitet …</translation>
+    </message>
+    <message>
+        <source>Getting ready</source>
+        <translation>Wird vorbereitet</translation>
     </message>
 </context>
 <context>
@@ -231,6 +289,150 @@ Wenn Sie genau diese Tasten möchten: Die meisten Tastenkürzel lassen sich in d
     <message>
         <source>Click the icon or press your shortcut, and say what you would like to know.</source>
         <translation>Klicken Sie auf das Symbol oder drücken Sie Ihr Tastenkürzel, und sagen Sie, was Sie wissen möchten.</translation>
+    </message>
+</context>
+<context>
+    <name>velmora::AppDelegate</name>
+    <message>
+        <source>This desktop has no status bar for the icon. Start Velmora again, or press your shortcut, to open the assistant.</source>
+        <translation>Diese Arbeitsfläche hat keine Statusleiste für das Symbol. Starten Sie Velmora noch einmal oder drücken Sie Ihr Tastenkürzel, um den Assistenten zu öffnen.</translation>
+    </message>
+    <message>
+        <source>Google Assistant Alert</source>
+        <translation>Google-Assistant-Hinweis</translation>
+    </message>
+    <message>
+        <source>You are not connected to internet, Please connect to use Assistant.</source>
+        <translation>Es besteht keine Verbindung zum Internet. Bitte verbinden Sie sich, um den Assistenten zu verwenden.</translation>
+    </message>
+    <message>
+        <source>OK</source>
+        <translation>OK</translation>
+    </message>
+    <message>
+        <source>Network is not available.</source>
+        <translation>Das Netzwerk ist nicht verfügbar.</translation>
+    </message>
+    <message>
+        <source>Please check your internet connection and make sure internet connection is working properly.</source>
+        <translation>Bitte prüfen Sie, ob Ihre Internetverbindung richtig funktioniert.</translation>
+    </message>
+    <message>
+        <source>&amp;Sign in…</source>
+        <translation>&amp;Anmelden …</translation>
+    </message>
+    <message>
+        <source>S&amp;ettings…</source>
+        <translation>&amp;Einstellungen …</translation>
+    </message>
+    <message>
+        <source>&amp;Help</source>
+        <translation>&amp;Hilfe</translation>
+    </message>
+    <message>
+        <source>&amp;Quit Velmora</source>
+        <translation>Velmora &amp;beenden</translation>
+    </message>
+    <message>
+        <source>&amp;Talk</source>
+        <translation>&amp;Sprechen</translation>
+    </message>
+    <message>
+        <source>&amp;Log out</source>
+        <translation>&amp;Abmelden</translation>
+    </message>
+</context>
+<context>
+    <name>velmora::AssistantScreen</name>
+    <message>
+        <source>&amp;Settings…</source>
+        <translation>&amp;Einstellungen …</translation>
+    </message>
+    <message>
+        <source>&amp;Help</source>
+        <translation>&amp;Hilfe</translation>
+    </message>
+    <message>
+        <source>&amp;Log out</source>
+        <translation>&amp;Abmelden</translation>
+    </message>
+    <message>
+        <source>&amp;Quit Velmora</source>
+        <translation>Velmora &amp;beenden</translation>
+    </message>
+    <message>
+        <source>Alexa Alert</source>
+        <translation>Alexa-Hinweis</translation>
+    </message>
+    <message>
+        <source>You are not connected to internet, Please connect to use Alexa.</source>
+        <translation>Es besteht keine Verbindung zum Internet. Bitte verbinden Sie sich, um Alexa zu verwenden.</translation>
+    </message>
+    <message>
+        <source>OK</source>
+        <translation>OK</translation>
+    </message>
+    <message>
+        <source>The assistant does not know you any more. Please log out and sign in again.</source>
+        <translation>Der Assistent kennt Sie nicht mehr. Bitte melden Sie sich ab und wieder an.</translation>
+    </message>
+    <message>
+        <source>The assistant is busy. Please try again in a moment.</source>
+        <translation>Der Assistent ist beschäftigt. Bitte versuchen Sie es gleich noch einmal.</translation>
+    </message>
+    <message>
+        <source>The assistant cannot be reached. Please try again in a moment.</source>
+        <translation>Der Assistent ist nicht erreichbar. Bitte versuchen Sie es gleich noch einmal.</translation>
+    </message>
+    <message>
+        <source>That did not work. Please try again.</source>
+        <translation>Das hat nicht geklappt. Bitte versuchen Sie es noch einmal.</translation>
+    </message>
+    <message>
+        <source>What&apos;s on your mind?</source>
+        <translation>Was beschäftigt Sie?</translation>
+    </message>
+    <message>
+        <source>Velmora is getting ready…</source>
+        <translation>Velmora wird vorbereitet …</translation>
+    </message>
+    <message>
+        <source>Listening…</source>
+        <translation>Ich höre zu …</translation>
+    </message>
+    <message>
+        <source>One moment…</source>
+        <translation>Einen Moment …</translation>
+    </message>
+    <message>
+        <source>The assistant was interrupted. Please try again.</source>
+        <translation>Der Assistent wurde unterbrochen. Bitte versuchen Sie es noch einmal.</translation>
+    </message>
+</context>
+<context>
+    <name>velmora::ConversationHistory</name>
+    <message>
+        <source>Conversation</source>
+        <translation>Gespräch</translation>
+    </message>
+</context>
+<context>
+    <name>velmora::CrashReports</name>
+    <message>
+        <source>Velmora ended unexpectedly the last time.</source>
+        <translation>Velmora wurde beim letzten Mal unerwartet beendet.</translation>
+    </message>
+    <message>
+        <source>A report that helps to find the cause is in %1. It tells where in the program it happened, and nothing that you said. It is not sent to anybody.</source>
+        <translation>Ein Bericht, der bei der Suche nach der Ursache hilft, liegt in %1. Er sagt, an welcher Stelle des Programms es geschah, und nichts von dem, was Sie gesagt haben. Er wird niemandem gesendet.</translation>
+    </message>
+    <message>
+        <source>Keep the Report</source>
+        <translation>Bericht behalten</translation>
+    </message>
+    <message>
+        <source>Delete the Report</source>
+        <translation>Bericht löschen</translation>
     </message>
 </context>
 <context>

@@ -19,7 +19,6 @@ using ConverseState = Google_Assistant_Embedded_V1alpha1_ConverseState;
 using ConverseResult = Google_Assistant_Embedded_V1alpha1_ConverseResult;
 using ConverseResponse = Google_Assistant_Embedded_V1alpha1_ConverseResponse;
 
-
 std::string readRoots(const Deployment &deployment) {
   try {
     return readFile(deployment.resource("roots", "pem"));

@@ -25,12 +25,13 @@ constexpr double kRequestScale = 1.35;  // against the other letters
 constexpr std::size_t kLongestConversation = 1000;
 
 constexpr char kStyle[] =
-    "QToolButton { border: 2px solid transparent; border-radius: 8px; padding: 4px; background: transparent; }"
+    "QToolButton { border: 2px solid transparent; border-radius: 8px; padding: 4px; background: transparent; "
+    "}"
     "QToolButton:hover { background: #5c5e5e; }"
     "QToolButton:focus { border-color: white; }"
     "QToolButton::menu-indicator { image: none; }"
-    "QToolButton#microphoneButton, QToolButton#speakerButton { min-width: 64px; min-height: 64px;"
-    "  border-radius: 38px; background: #3b5bd6; }"
+    "QToolButton#microphoneButton, QToolButton#speakerButton { min-width: 68px; max-width: 68px;"
+    "  min-height: 68px; max-height: 68px; padding: 0; border-radius: 36px; background: #3b5bd6; }"
     "QToolButton#microphoneButton:hover, QToolButton#speakerButton:hover { background: #4a6ae6; }"
     "QToolButton#microphoneButton:pressed, QToolButton#speakerButton:pressed { background: #2d48b3; }"
     "QToolButton#microphoneButton:focus, QToolButton#speakerButton:focus { border-color: #a9b6ff; }";
@@ -79,7 +80,6 @@ void AssistantScreen::viewDidLoad() {
   });
   loadPages();
   m_plot = std::make_unique<MicrophonePlot>(m_capture.mic(), *m_ui->waveformView);
-  m_ui->speakerButton->hide();
   display(false, true);
   showPrompt(Prompt::mind);
   if (!Capture::hasInputDevice()) alertWithoutInputDevice();
@@ -259,7 +259,6 @@ void AssistantScreen::speakerIcon(bool isShown) {
   async([this, isShown] {
     if (!isViewLoaded()) return;
     if (isShown) m_isSilenced = false;
-    m_ui->speakerButton->setVisible(isShown);
     display(isShown, true);
     updateBusy();
   });
@@ -305,20 +304,24 @@ void AssistantScreen::showTurnEnded(const CallResult &result) {
 // What is seen.
 
 void AssistantScreen::display(bool microphoneHidden, bool plotHidden) {
+  const bool takesFocus = !isFocusElsewhere();
   m_ui->microphoneButton->setHidden(microphoneHidden);
   m_plot->setHidden(plotHidden);
   m_ui->waveformView->setFocusPolicy(plotHidden ? Qt::NoFocus : Qt::StrongFocus);
   setPagesHidden(plotHidden);
-  if (!microphoneHidden) m_ui->speakerButton->hide();
-  moveFocus(!plotHidden ? Focus::plot : microphoneHidden ? Focus::speaker : Focus::microphone);
+  // With neither of the others it speaks.
+  m_ui->speakerButton->setVisible(microphoneHidden && plotHidden);
+  // The keyboard goes to what does the next thing.
+  QWidget *const next = !plotHidden        ? static_cast<QWidget *>(m_ui->waveformView)
+                        : microphoneHidden ? m_ui->speakerButton
+                                           : m_ui->microphoneButton;
+  if (takesFocus) next->setFocus();
 }
 
-/// Gives the keyboard to what does the next thing, unless the user has moved it elsewhere.
-void AssistantScreen::moveFocus(Focus to) {
-  QWidget *const all[] = {m_ui->microphoneButton, m_ui->waveformView, m_ui->speakerButton};
+/// Whether the user has moved the keyboard to something else.
+bool AssistantScreen::isFocusElsewhere() const {
   const QWidget *const focus = focusWidget();
-  if (focus != nullptr && focus != this && focus->isVisible() && focus->parentWidget() != m_ui->stage) return;
-  all[static_cast<std::size_t>(to)]->setFocus();
+  return focus != nullptr && focus != this && !m_ui->stage->isAncestorOf(focus);
 }
 
 void AssistantScreen::showPrompt(Prompt prompt) {

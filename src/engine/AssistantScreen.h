@@ -121,7 +121,6 @@ class AssistantScreen : public QWidget,
  private:
   /// What the label says beside requests.
   enum class Prompt { none, mind, gettingReady, listening, moment };
-  enum class Focus { microphone, plot, speaker };
 
   void responseReceived(const Google_Assistant_Embedded_V1alpha1_ConverseResponse & /*response*/) override {}
   void turnEnded(const CallResult &result) override;
@@ -132,7 +131,7 @@ class AssistantScreen : public QWidget,
   void showPrompt(Prompt prompt);
   void showLabel(const QString &text, const QColor &color);
   void showTurnEnded(const CallResult &result);
-  void moveFocus(Focus to);
+  [[nodiscard]] bool isFocusElsewhere() const;
   void updateBusy();
   void async(MainQueue::Work work) { MainQueue::main().async(m_alive, std::move(work)); }
   /// The same, unless another turn has begun or the screen has been closed by then.
@@ -156,7 +155,7 @@ class AssistantScreen : public QWidget,
   std::atomic<bool> m_isClosed = false;
 
   // What sounds goes before what it tells of it; the capture is stopped before the conversation goes.
-  Alive m_alive;  // asked by what sounds and by the conversation, on their threads
+  Alive m_alive;               // asked by what sounds and by the conversation, on their threads
   std::string m_apiToken;      // that the conversation was begun with
   std::unique_ptr<API> m_api;  // null until it is needed
   Capture m_capture;

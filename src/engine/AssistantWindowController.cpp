@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "engine/AssistantWindowController.h"
 
+#include <QBoxLayout>
 #include <QGuiApplication>
 #include <QScreen>
 #include <algorithm>
@@ -16,6 +17,7 @@ namespace {
 
 constexpr int kGap = 8;  // logical pixels between the window and what it is put at, and the screen's edges
 constexpr int kRingSize = 52;
+constexpr int kDotsWidth = 124;
 
 }  // namespace
 
@@ -57,7 +59,13 @@ void AssistantWindowController::loadPages() {
   m_myWebview2 = new WebView(outlets().stage);
   m_myWebview2->setFixedSize(kRingSize, kRingSize);
   m_myWebview2->setFocusPolicy(Qt::NoFocus);
-  layout.addWidget(m_myWebview2, 1, 1);
+  outlets().myWebview->setFixedWidth(kDotsWidth);
+  auto *const row = new QHBoxLayout;  // both pages in the middle, side by side
+  row->addStretch();
+  row->addWidget(m_myWebview2);
+  row->addWidget(outlets().myWebview);
+  row->addStretch();
+  layout.addLayout(row, 1, 0, 1, 2);
   AssistantScreen::loadPages();
   QPalette colors = palette();
   colors.setColor(QPalette::Window, Qt::white);

@@ -121,13 +121,11 @@ class AssistantScreenTest : public ::testing::Test {
     if (found == nullptr) throw std::runtime_error(name);
     return *found;
   }
-  [[nodiscard]] std::string label() {
-    return outlet<QLabel>("spokenTextLabel").text().toStdString();
-  }
+  [[nodiscard]] std::string label() { return outlet<QLabel>("spokenTextLabel").text().toStdString(); }
   [[nodiscard]] std::string answer() { return outlet<QLabel>("answer").text().toStdString(); }
   [[nodiscard]] bool isIdle() {
-    return !window->isBusy() && outlet("microphoneButton").isVisible() && !outlet("speakerButton").isVisible() &&
-           !outlet<QWidget>("myWebview").isVisible();
+    return !window->isBusy() && outlet("microphoneButton").isVisible() &&
+           !outlet("speakerButton").isVisible() && !outlet<QWidget>("myWebview").isVisible();
   }
   [[nodiscard]] bool isSpeaking() {
     return outlet("speakerButton").isVisible() && !outlet("microphoneButton").isVisible();
@@ -186,7 +184,8 @@ TEST_F(AssistantScreenTest, ListensAgainByItselfUntilItIsClosed) {
   window->startListening();
   ASSERT_TRUE(runUntil([&] { return service.tokens.values().size() == 3; }));
   // At whatever moment of a turn.
-  for (const auto &moment : {std::function([&] { return listens(); }), std::function([&] { return isSpeaking(); })}) {
+  for (const auto &moment :
+       {std::function([&] { return listens(); }), std::function([&] { return isSpeaking(); })}) {
     ASSERT_TRUE(runUntil(moment));
     QTest::keyClick(&*window, Qt::Key_Escape);
     EXPECT_FALSE(window->isVisible());
@@ -202,14 +201,16 @@ TEST_F(AssistantScreenTest, ListensAgainByItselfUntilItIsClosed) {
 
 TEST_F(AssistantScreenTest, WhatGoesWrongIsSaidAndTheMicrophoneIsClosed) {
   const std::pair<StatusCode, const char *> cases[] = {
-      {StatusCode::unauthenticated, "The assistant does not know you any more. Please log out and sign in again."},
+      {StatusCode::unauthenticated,
+       "The assistant does not know you any more. Please log out and sign in again."},
       {StatusCode::resourceExhausted, "The assistant is busy. Please try again in a moment."},
       {StatusCode::unavailable, "The assistant cannot be reached. Please try again in a moment."},
       {StatusCode::internal, "That did not work. Please try again."}};
   for (const auto &[code, said] : cases) {
     service.refusal = code;
     window->startListening();
-    EXPECT_TRUE(runUntil([&, text = said] { return label() == text && isIdle(); })) << said << " and not " << label();
+    EXPECT_TRUE(runUntil([&, text = said] { return label() == text && isIdle(); }))
+        << said << " and not " << label();
     EXPECT_FALSE(window->isListening());
   }
   EXPECT_THAT(alerts, IsEmpty());
@@ -254,12 +255,10 @@ TEST_F(AssistantScreenTest, AnotherAccountBeginsAnotherConversation) {
 }
 
 TEST_F(AssistantScreenTest, RequestsAreShownInQuotesWithACapital) {
-  const std::pair<std::string, std::string> cases[] = {{"what", "\"What\""},
-                                                       {"What IS it", "\"What IS it\""},
-                                                       {"über", "\"Über\""},
-                                                       {"\xf0\x90\x90\xa8x", "\"\xf0\x90\x90\x80x\""},
-                                                       {"3 apples", "\"3 apples\""},
-                                                       {"", "\"\""}};
+  const std::pair<std::string, std::string> cases[] = {
+      {"what", "\"What\""},         {"What IS it", "\"What IS it\""},
+      {"über", "\"Über\""},         {"\xf0\x90\x90\xa8x", "\"\xf0\x90\x90\x80x\""},
+      {"3 apples", "\"3 apples\""}, {"", "\"\""}};
   for (const auto &[text, shown] : cases) {
     window->updateRequestText(text);
     EXPECT_TRUE(runUntil([&, wanted = shown] { return label() == wanted; })) << label();

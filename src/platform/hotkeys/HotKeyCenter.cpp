@@ -19,6 +19,7 @@ class NoHotKeyCenter final : public HotKeyCenter {
     return "this desktop has no hot keys";
   }
   void unregisterHotKey(std::uint32_t) override {}
+  void unregisterAll() override {}
   [[nodiscard]] bool isHeldByAnother(std::uint32_t, std::uint32_t) override { return false; }
 };
 

@@ -30,7 +30,9 @@ class HotKeyCenter {
   /// such as another program that holds it. Where the desktop answers later, a refusal is a line in the log.
   [[nodiscard]] virtual std::optional<std::string> registerHotKey(std::uint32_t id, std::uint32_t keyCode,
                                                                   std::uint32_t modifiers) = 0;
+  /// Nothing when it is not registered.
   virtual void unregisterHotKey(std::uint32_t id) = 0;
+  virtual void unregisterAll() = 0;
 
   /// Whether another program holds the combination, as far as can be told without waiting for anyone but the
   /// window system.

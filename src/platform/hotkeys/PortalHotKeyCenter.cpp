@@ -96,6 +96,12 @@ void PortalHotKeyCenter::unregisterHotKey(std::uint32_t id) {
   if (m_triggers.erase(id) > 0) changeSoon();
 }
 
+void PortalHotKeyCenter::unregisterAll() {
+  m_triggers.clear();
+  m_answers.clear();
+  closeSession();
+}
+
 bool PortalHotKeyCenter::isHeldByAnother(std::uint32_t, std::uint32_t) { return false; }
 
 void PortalHotKeyCenter::changeSoon() {

@@ -30,6 +30,7 @@ class PortalHotKeyCenter final : public QObject, public HotKeyCenter {
   [[nodiscard]] std::optional<std::string> registerHotKey(std::uint32_t id, std::uint32_t keyCode,
                                                           std::uint32_t modifiers) override;
   void unregisterHotKey(std::uint32_t id) override;
+  void unregisterAll() override;
   /// The portal asks the user instead: never known here.
   [[nodiscard]] bool isHeldByAnother(std::uint32_t keyCode, std::uint32_t modifiers) override;
 

@@ -183,6 +183,11 @@ void XcbHotKeyCenter::unregisterHotKey(std::uint32_t id) {
   m_grabs.erase(found);
 }
 
+void XcbHotKeyCenter::unregisterAll() {
+  for (auto &[id, grab] : m_grabs) release(grab);
+  m_grabs.clear();
+}
+
 bool XcbHotKeyCenter::isHeldByAnother(std::uint32_t keyCode, std::uint32_t modifiers) {
   const Key *key = keyWithCode(keyCode);
   if (!key) return false;

@@ -22,6 +22,7 @@ class XcbHotKeyCenter final : public QObject, public HotKeyCenter {
   [[nodiscard]] std::optional<std::string> registerHotKey(std::uint32_t id, std::uint32_t keyCode,
                                                           std::uint32_t modifiers) override;
   void unregisterHotKey(std::uint32_t id) override;
+  void unregisterAll() override;
   [[nodiscard]] bool isHeldByAnother(std::uint32_t keyCode, std::uint32_t modifiers) override;
 
  private:

@@ -24,16 +24,18 @@ QLabel *line(const QString &text, const char *name) {
 
 }  // namespace
 
-ConversationHistory::ConversationHistory(QWidget *parent) : QScrollArea(parent), m_answer(line({}, "answer")) {
+ConversationHistory::ConversationHistory(QWidget *parent)
+    : QScrollArea(parent), m_answer(line({}, "answer")) {
   setFrameShape(QFrame::NoFrame);
   setWidgetResizable(true);
   setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   setAccessibleName(tr("Conversation"));
   // Read with the arrow keys, where there is more than fits.
   setFocusPolicy(Qt::TabFocus);
-  setStyleSheet(QStringLiteral("QScrollArea, QWidget#conversation { background: transparent; }"
-                               "QLabel { color: #f4f4f4; }"
-                               "QLabel#request { color: #c3c6c6; }"));
+  setStyleSheet(
+      QStringLiteral("QScrollArea, QWidget#conversation { background: transparent; }"
+                     "QLabel { color: #f4f4f4; }"
+                     "QLabel#request { color: #c3c6c6; }"));
   auto *const conversation = new QWidget;
   conversation->setObjectName(QStringLiteral("conversation"));
   auto *const layout = new QVBoxLayout(conversation);

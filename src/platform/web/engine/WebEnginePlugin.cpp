@@ -60,7 +60,8 @@ class Engine : public WebEngine {
   QWidget &widget() override { return m_view; }
   void load(const QUrl &url) override {
     // Pages of our own lie on the window; those of others count on white.
-    m_page.setBackgroundColor(isLocal(url) ? m_view.palette().color(QPalette::Window) : QColor(Qt::white));
+    const QWidget &ground = m_view.parentWidget() != nullptr ? *m_view.parentWidget() : m_view;
+    m_page.setBackgroundColor(isLocal(url) ? ground.palette().color(QPalette::Window) : QColor(Qt::white));
     m_page.load(url);
   }
 

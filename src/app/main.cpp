@@ -1,0 +1,90 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+//
+// velmora: the voice assistant in the status bar.
+#include <QApplication>
+#include <QIcon>
+#include <QLocale>
+#include <csignal>
+#include <iostream>
+#include <string>
+
+#include "app/AppDelegate.h"
+#include "app/ApplicationOptions.h"
+#include "app/SingleInstance.h"
+#include "app/TerminationSignals.h"
+#include "foundation/StandardStreams.h"
+#include "ui/Translations.h"
+
+namespace velmora {
+namespace {
+
+constexpr int kFailed = 1;
+constexpr int kUsage = 2;
+
+std::optional<Deployment> configuredDeployment(const ApplicationOptions &options) {
+  const auto folder = Deployment::configuredFolder(options.deployment);
+  if (!folder) return std::nullopt;
+  return Deployment::load(*folder);
+}
+
+int failed(const std::string &what, int status) {
+  std::cerr << "velmora: " << what << '\n';
+  return status;
+}
+
+int runApplication(const ApplicationOptions &options) {
+  QApplication::setQuitOnLastWindowClosed(false);
+  installTranslations(QLocale());
+  QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/velmora.png")));
+
+  AppDelegate *delegate = nullptr;
+  QString early;  // what was asked for while this one was starting
+  const auto instance = SingleInstance::claim([&](const QString &command) {
+    if (delegate != nullptr) {
+      delegate->perform(command);
+    } else {
+      early = command;
+    }
+  });
+  if (!instance) {
+    if (SingleInstance::send(options.command)) return 0;
+    return failed("the running Velmora does not answer; end it and start again", kFailed);
+  }
+  if (options.command == QLatin1String("quit")) return failed("Velmora is not running", kFailed);
+
+  AppDelegate application(UserDefaults::standard(), configuredDeployment(options));
+  delegate = &application;
+  const TerminationSignals signals([] { QCoreApplication::exit(0); });
+  QObject::connect(qApp, &QCoreApplication::aboutToQuit, [&] { application.applicationWillTerminate(); });
+  application.applicationWillFinishLaunching();
+  application.applicationDidFinishLaunching();
+  if (!options.command.isEmpty()) application.perform(options.command);
+  if (!early.isEmpty()) application.perform(early);
+  return QApplication::exec();
+}
+
+int runProgram(int argc, char **argv) {
+  std::signal(SIGPIPE, SIG_IGN);
+  try {
+    const auto options = ApplicationOptions::parse({argv + (argc > 0 ? 1 : 0), argv + argc});
+    if (!options) return std::cout ? 0 : kFailed;
+    // The web engine is loaded later and wants it so.
+    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
+    QCoreApplication::setApplicationName(QStringLiteral("velmora"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(VELMORA_VERSION));
+    QGuiApplication::setApplicationDisplayName(QStringLiteral("Velmora"));
+    QGuiApplication::setDesktopFileName(QStringLiteral("com.brindlewick.Velmora"));
+    const QApplication application(argc, argv);
+    return runApplication(*options);
+  } catch (const ApplicationUsageError &error) {
+    return failed(std::string(error.what()) + "; see velmora --help", kUsage);
+  } catch (const std::exception &error) {
+    return failed(error.what(), kFailed);
+  }
+}
+
+}  // namespace
+}  // namespace velmora
+
+int main(int argc, char **argv) { return velmora::runProgram(argc, argv); }
