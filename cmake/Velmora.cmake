@@ -22,14 +22,33 @@ target_compile_options(velmora_options INTERFACE
   -Wimplicit-fallthrough -Wformat=2 -Wundef
   # GCC 12 takes the empty state of a moved std::optional for uninitialised (its bug 105562), and warns of
   # its own std::string at -O3 (its bug 105651).
-  -Wno-maybe-uninitialized
-  $<$<CONFIG:Release>:-Wno-restrict>)
+  $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>
+  $<$<AND:$<CXX_COMPILER_ID:GNU>,$<CONFIG:Release>>:-Wno-restrict>
+  # A header of xkb has a member that is called "explicit".
+  $<$<CXX_COMPILER_ID:Clang>:-Wno-keyword-macro>)
 target_compile_definitions(velmora_options INTERFACE
   QT_NO_CAST_FROM_ASCII QT_NO_KEYWORDS VELMORA_VERSION="${PROJECT_VERSION}")
+
+# What is shipped makes the most of a fault's end: no writable tables of addresses, checked copies, guarded stacks.
+if(NOT VELMORA_SANITIZE)
+  add_compile_options($<$<CONFIG:Release>:-fstack-protector-strong>)
+  add_compile_definitions($<$<CONFIG:Release>:_FORTIFY_SOURCE=2>)
+  add_link_options($<$<CONFIG:Release>:-Wl,-z,relro,-z,now>)
+endif()
 
 if(VELMORA_SANITIZE)
   add_compile_options(-fsanitize=${VELMORA_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${VELMORA_SANITIZE})
+endif()
+
+if(VELMORA_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
+if(VELMORA_COVERAGE)
+  # Several programs and threads add to one count.
+  add_compile_options(--coverage -fprofile-update=atomic -fprofile-abs-path)
+  add_link_options(--coverage)
 endif()
 
 function(velmora_library name)
