@@ -5,7 +5,6 @@
 #include <QByteArray>
 #include <QString>
 #include <QStringDecoder>
-#include <QUrl>
 #include <charconv>
 
 namespace velmora {
@@ -57,8 +56,8 @@ std::optional<FormFields> parseForm(std::string_view text) {
 }
 
 std::string percentEncoded(std::string_view text) {
-  return QUrl::toPercentEncoding(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())))
-      .toStdString();
+  // Byte by byte: by way of a QString a byte order mark would be lost.
+  return QByteArray(text.data(), static_cast<qsizetype>(text.size())).toPercentEncoding().toStdString();
 }
 
 std::string valueOf(const FormFields &fields, std::string_view name) {

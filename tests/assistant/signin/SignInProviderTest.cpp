@@ -155,6 +155,8 @@ TEST_F(SignInProviderTest, OnlyAKnownClientAtItsOwnAddressIsRedirectedTo) {
                {known + kUri + "&state=%ff", 400},
                {"client_id=velmora" + kUri + "&state=a%26b", 303,
                 "http://localhost/?error=invalid_request&state=a%26b"},
+               {"client_id=velmora" + kUri + "&state=%EF%BB%BFa", 303,
+                "http://localhost/?error=invalid_request&state=%EF%BB%BFa"},
                {"client_id=velmora&response_type=token" + kUri, 303,
                 "http://localhost/?error=unsupported_response_type"},
                {known + kUri + "&scope=everything", 303, "http://localhost/?error=invalid_scope"}};
