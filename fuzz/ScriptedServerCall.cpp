@@ -73,7 +73,7 @@ Recognition RecogniserPool::recognise(std::span<const std::int16_t>, const std::
 extern "C" cst_wave *flite_text_to_wave(const char *text, cst_voice *) {
   cst_wave *const wave = new_wave();
   cst_wave_resize(wave, static_cast<int>(std::min<std::size_t>(std::strlen(text), 20) * 160), 1);
-  CST_WAVE_SET_SAMPLE_RATE(wave, 16000);
+  wave->sample_rate = 16000;
   for (int i = 0; i < wave->num_samples; ++i) wave->samples[i] = static_cast<short>(i % 100 * 50);
   return wave;
 }

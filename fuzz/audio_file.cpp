@@ -23,7 +23,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
       const AudioRead read = file.read(frame);
       fuzz::require(read.samples <= frame.size(), "no more samples than there is room for");
       samples += read.samples;
-      fuzz::require(samples <= std::size_t{longestSeconds + 1} * 16000, "no file is longer than the longest");
+      fuzz::require(samples <= std::size_t{AudioFile::longestSeconds + 1} * 16000, "no file is longer than the longest");
       if (read.ended) break;
       fuzz::require(read.samples == frame.size(), "only the last block is short");
     }
