@@ -1,15 +1,20 @@
 # SPDX-FileCopyrightText: 2026 The Velmora developers
 # SPDX-License-Identifier: Apache-2.0
 #
-#   make run        build, and hold a conversation with the local assistant
-#   make test       build, and run every test
-#   make sanitize   the tests once more under the address, undefined-behaviour and thread sanitizers
-#   make bench      measure, beside the bare libraries
-#   make lint       formatting and static checks        make format   mend the formatting
+#   make run          build, and hold a conversation with the local assistant
+#   make test         build, and run every test
+#   make sanitize     the tests once more under the address, undefined-behaviour and thread sanitizers
+#   make coverage     the tests with the lines counted; at least 85 in 100 of src/ must run
+#   make fuzz         made-up input for what reads other people's, FUZZ_SECONDS (20) for each target
+#   make soak         SOAK_TURNS (200) turns with one local assistant; nothing may be left over
+#   make lint         formatting and static checks          make format   mend the formatting
+#   make bench        measure, beside the bare libraries
+#   make docs         the pages of the headers, in build/docs/html
+#   make package      the Debian package, checked           make try-package   in a fresh Debian, as root
 #
 # Each installs what it needs by name (scripts/setup) and is quiet where nothing is left to do.
 
-.PHONY: run test sanitize bench lint format clean
+.PHONY: run test sanitize coverage fuzz soak lint format bench docs package try-package clean
 .NOTPARALLEL:
 
 run:
@@ -22,8 +27,14 @@ sanitize:
 	@scripts/test asan
 	@scripts/test tsan
 
-bench:
-	@scripts/bench
+coverage:
+	@scripts/coverage
+
+fuzz:
+	@scripts/fuzz
+
+soak:
+	@scripts/soak
 
 lint:
 	@scripts/lint
@@ -31,6 +42,18 @@ lint:
 format:
 	@scripts/setup lint
 	@git ls-files '*.h' '*.cpp' | xargs clang-format-16 -i
+
+bench:
+	@scripts/bench
+
+docs:
+	@scripts/docs
+
+package:
+	@scripts/package
+
+try-package:
+	@scripts/try-package
 
 clean:
 	rm -rf build

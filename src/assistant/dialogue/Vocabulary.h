@@ -15,20 +15,21 @@
 
 namespace velmora {
 
-/// The rules that every grammar has.
-///   <decimal>  slot, 0 to a million, with a sign and a fraction   <quantity>  slot, the same for a measure
-///   <word>     slot, a word that can be spelled
-///   <day>      slot, a date, a weekday, a holiday, "tomorrow"…
-///   <clock>    slot, a time of the day
-///   <ask>      "tell me", "do you know"…       <what_is>       "what is", "what's"
+/// The rules that every grammar has:
+/// - `<decimal>`, a slot: 0 to a million, with a sign and a fraction; `<quantity>`, the same for a measure
+/// - `<word>`, a slot: a word that can be spelled
+/// - `<day>`, a slot: a date, a weekday, a holiday, "tomorrow"…
+/// - `<clock>`, a slot: a time of the day
+/// - `<ask>`: "tell me", "do you know"…
+/// - `<what_is>`: "what is", "what's"
 [[nodiscard]] std::vector<Rule> vocabulary();
 
-/// The day that `words` of <day> name, seen from `today`: the next one of its kind where they leave that
+/// The day that `words` of `<day>` name, seen from `today`: the next one of its kind where they leave that
 /// open, today included; a year that is not said is this one where `nearest`. Nothing for other words.
 enum class Which { next, nearest };
 [[nodiscard]] std::optional<QDate> dayFromWords(std::string_view words, QDate today, Which which);
 
-/// The time that `words` of <clock> name; where they leave it open, whether morning or afternoon is that
+/// The time that `words` of `<clock>` name; where they leave it open, whether morning or afternoon is that
 /// which comes first after `now`.
 [[nodiscard]] std::optional<QTime> clockFromWords(std::string_view words, QTime now);
 
