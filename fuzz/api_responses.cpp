@@ -13,9 +13,9 @@
 #include "fuzz/Setup.h"
 #include "tests/support/TemporaryFolder.h"
 
+namespace velmora {
 namespace {
 
-using namespace velmora;
 using Response = Google_Assistant_Embedded_V1alpha1_ConverseResponse;
 using State = Google_Assistant_Embedded_V1alpha1_ConverseState;
 using Result = Google_Assistant_Embedded_V1alpha1_ConverseResult;
@@ -113,3 +113,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
   }
   return 0;
 }
+
+}  // namespace velmora

@@ -11,8 +11,9 @@
 #include "fuzz/Input.h"
 #include "platform/audio/AudioFile.h"
 
+namespace velmora {
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
-  using namespace velmora;
   const Descriptor memory(::memfd_create("sound", MFD_CLOEXEC));
   if (memory.number() < 0 || ::write(memory.number(), data, size) != static_cast<ssize_t>(size)) return 0;
   try {
@@ -23,7 +24,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
       const AudioRead read = file.read(frame);
       fuzz::require(read.samples <= frame.size(), "no more samples than there is room for");
       samples += read.samples;
-      fuzz::require(samples <= std::size_t{AudioFile::longestSeconds + 1} * 16000, "no file is longer than the longest");
+      fuzz::require(samples <= std::size_t{AudioFile::longestSeconds + 1} * 16000,
+                    "no file is longer than the longest");
       if (read.ended) break;
       fuzz::require(read.samples == frame.size(), "only the last block is short");
     }
@@ -31,3 +33,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
   }
   return 0;
 }
+
+}  // namespace velmora

@@ -6,8 +6,9 @@
 #include "fuzz/Input.h"
 #include "fuzz/Setup.h"
 
+namespace velmora {
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
-  using namespace velmora;
   fuzz::Input input(data, size);
   const auto values = decodeDefaults(QByteArray::fromStdString(input.rest()));
   if (!values) return 0;
@@ -21,3 +22,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
   }
   return 0;
 }
+
+}  // namespace velmora

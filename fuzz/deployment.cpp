@@ -9,9 +9,8 @@
 #include "fuzz/Setup.h"
 #include "tests/support/TemporaryFolder.h"
 
+namespace velmora {
 namespace {
-
-using namespace velmora;
 
 void load(const tests::TemporaryFolder &folder) {
   try {
@@ -49,3 +48,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
   load(folder);
   return 0;
 }
+
+}  // namespace velmora

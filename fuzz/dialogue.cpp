@@ -10,9 +10,8 @@
 #include "fuzz/Input.h"
 #include "fuzz/Setup.h"
 
+namespace velmora {
 namespace {
-
-using namespace velmora;
 
 const StateSeal::Key kKey{1, 2, 3};
 
@@ -70,3 +69,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
   }
   return 0;
 }
+
+}  // namespace velmora

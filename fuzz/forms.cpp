@@ -5,8 +5,9 @@
 #include "assistant/signin/FormFields.h"
 #include "fuzz/Input.h"
 
+namespace velmora {
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
-  using namespace velmora;
   fuzz::Input input(data, size);
   const std::string text = input.rest();
   fuzz::require(formDecoded(percentEncoded(text)) == text, "what was escaped can be read");
@@ -21,3 +22,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
   fuzz::require(parseForm(written) == fields, "fields can be written and read again");
   return 0;
 }
+
+}  // namespace velmora

@@ -5,9 +5,8 @@
 #include "protocol/Messages.h"
 #include "fuzz/Input.h"
 
+namespace velmora {
 namespace {
-
-using namespace velmora;
 
 template <typename Message>
 void roundTrip(const std::string &bytes) {
@@ -60,3 +59,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
   }
   return 0;
 }
+
+}  // namespace velmora

@@ -8,8 +8,9 @@
 #include "platform/audio/AudioSource.h"
 #include "platform/audio/Mp3Decoder.h"
 
+namespace velmora {
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
-  using namespace velmora;
   fuzz::Input input(data, size);
   const std::size_t block = 1 + std::size_t{input.byte()} * 16;
   try {
@@ -29,3 +30,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
   }
   return 0;
 }
+
+}  // namespace velmora

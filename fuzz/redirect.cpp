@@ -7,8 +7,9 @@
 #include "auth/LoginNavigation.h"
 #include "fuzz/Input.h"
 
+namespace velmora {
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
-  using namespace velmora;
   fuzz::Input input(data, size);
   const bool ownPrefix = input.byte() % 4 == 0;
   const QString prefix = ownPrefix ? QString::fromUtf8(QByteArray::fromStdString(input.piece()))
@@ -34,3 +35,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
   }
   return 0;
 }
+
+}  // namespace velmora

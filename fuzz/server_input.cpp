@@ -10,9 +10,9 @@
 #include "fuzz/ScriptedServerCall.h"
 #include "fuzz/Setup.h"
 
+namespace velmora {
 namespace {
 
-using namespace velmora;
 using Request = Google_Assistant_Embedded_V1alpha1_ConverseRequest;
 using Response = Google_Assistant_Embedded_V1alpha1_ConverseResponse;
 using Config = Google_Assistant_Embedded_V1alpha1_ConverseConfig;
@@ -105,3 +105,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
   }
   return 0;
 }
+
+}  // namespace velmora

@@ -42,10 +42,7 @@ void HttpClient::postForm(const QString & /*url*/, const Parameters & /*paramete
   completion(json ? Answer(*json) : Answer(HttpError{"the answer is no JSON"}));
 }
 
-}  // namespace velmora
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
-  using namespace velmora;
   fuzz::Input input(data, size);
   const bool isRefresh = input.byte() % 2 != 0;
   theAnswer = input.rest();
@@ -73,3 +70,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
   }
   return 0;
 }
+
+}  // namespace velmora
