@@ -65,7 +65,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
   static ShoppingList list;
   list.clear();
   int random = 0;
-  const QDateTime now(QDate(2026, 2, 28), QTime(12, 0), QTimeZone::utc());
+  QDateTime now(QDate(2026, 2, 28), QTime(12, 0), QTimeZone::utc());
   const Services services{.clock = [&] { return now; },
                           .random = [&](int low, int high) { return low + random++ % (high - low + 1); },
                           .shoppingList = list};
