@@ -61,6 +61,10 @@ class Program {
     return m_process.exitCode();
   }
 
+  [[nodiscard]] bool isRunning() {
+    m_process.waitForFinished(0);
+    return m_process.state() != QProcess::NotRunning;
+  }
   void signal(int number) const { ::kill(pid(), number); }
   [[nodiscard]] pid_t pid() const { return static_cast<pid_t>(m_process.processId()); }
 
