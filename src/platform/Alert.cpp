@@ -6,6 +6,7 @@
 #include <QPushButton>
 #include <algorithm>
 #include <utility>
+#include <vector>
 
 namespace velmora {
 namespace {
@@ -28,6 +29,16 @@ QMessageBox::Icon iconOf(AlertStyle style) {
 
 int showAlert(const Alert &alert, QWidget *parent) {
   if (const auto answer = answerInPlace()) return answer(alert);
+  // What the user has not read yet is not said again: a network may come and go while nobody is there.
+  static std::vector<std::pair<QString, QMessageBox *>> open;
+  const QString words = alert.messageText + QLatin1Char('\n') + alert.informativeText;
+  const auto same =
+      std::find_if(open.begin(), open.end(), [&](const auto &pair) { return pair.first == words; });
+  if (same != open.end()) {
+    same->second->raise();
+    same->second->activateWindow();
+    return 0;
+  }
   QMessageBox box(iconOf(alert.style), QString(), alert.messageText, QMessageBox::NoButton, parent);
   box.setTextFormat(Qt::PlainText);
   box.setInformativeText(alert.informativeText);
@@ -39,7 +50,9 @@ int showAlert(const Alert &alert, QWidget *parent) {
   }
   box.setDefaultButton(qobject_cast<QPushButton *>(buttons.first()));
   if (names.size() == 1) box.setEscapeButton(buttons.first());
+  open.emplace_back(words, &box);
   box.exec();
+  std::erase_if(open, [&](const auto &pair) { return pair.second == &box; });
   return std::max(0, static_cast<int>(buttons.indexOf(box.clickedButton())));
 }
 

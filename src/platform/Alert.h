@@ -24,7 +24,8 @@ struct Alert {
 };
 
 /// Shows the alert above `parent` and returns when it has been answered: the number of the button, and 0 when
-/// it was closed. The event loop goes on meanwhile. Main thread.
+/// it was closed. The event loop goes on meanwhile. One with the words of an alert that is open is not shown
+/// again; the open one comes to the front, and 0 is returned at once. Main thread.
 int showAlert(const Alert &alert, QWidget *parent = nullptr);
 
 /// Has `answer` give the number of the button in the place of a box on the screen; an empty one brings the

@@ -4,7 +4,18 @@
 
 #include <QMouseEvent>
 
+#include "ui/CustomPlotAccessible.h"
+
 namespace velmora {
+
+CustomPlot::CustomPlot(QWidget *parent) : AudioPlot(parent) { CustomPlotAccessible::install(); }
+
+void CustomPlot::click() {
+  const QPointF middle = QRectF(rect()).center();
+  QMouseEvent press(QEvent::MouseButtonPress, middle, mapToGlobal(middle), Qt::LeftButton, Qt::LeftButton,
+                    {});
+  mousePressEvent(&press);
+}
 
 void CustomPlot::mousePressEvent(QMouseEvent *event) {
   if (event->button() != Qt::LeftButton) return AudioPlot::mousePressEvent(event);

@@ -17,11 +17,13 @@ class CustomPlot : public AudioPlot {
 
  public:
   using ClickHandler = std::function<void(QMouseEvent &)>;
-  using AudioPlot::AudioPlot;
+  explicit CustomPlot(QWidget *parent = nullptr);
 
   /// What a press of the left mouse button does, in the place of an earlier one; empty: nothing. It may set
   /// another, and may destroy the plot.
   void setClickListener(ClickHandler h) { m_handler = std::move(h); }
+  /// Does what a press of the left button in the middle does.
+  void click();
 
  protected:
   /// Is all that becomes of a left press, handler or not; the second of a double click is one like any other.

@@ -328,9 +328,35 @@ TEST_F(Desktop, TheSpokenCommandOpensThePopover) {
   ASSERT_TRUE(sees("label", "Listening…")) << m_reader->text();
   say("01-what-time-is-it.wav");
   EXPECT_TRUE(sees("label", "\"What time is it\"")) << m_reader->text();
+  // All of it without eyes and hands: a press ends what is said, and closes.
   ASSERT_TRUE(isAt("Talk"));
-  ASSERT_TRUE(type({"Escape"}));
+  ASSERT_TRUE(m_reader->press("push button", "Talk"));
+  ASSERT_TRUE(m_reader->press("push button", "Stop listening"));
+  ASSERT_TRUE(isAt("Talk"));
+  ASSERT_TRUE(m_reader->press("push button", "Close"));
   EXPECT_TRUE(seesNoMore("push button", "Talk"));
+}
+
+TEST_F(Desktop, ACrashLeavesAReportThatTheUserDecidesAbout) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "the sanitizers report crashes themselves";
+#endif
+  startPanel();
+  start();
+  ASSERT_TRUE(sees("label", "This is where Velmora is"));
+  m_velmora->signal(SIGSEGV);
+  EXPECT_EQ(m_velmora->wait(), -1);
+  const auto reports = [this] {
+    int count = 0;
+    for (const auto &file : fs::recursive_directory_iterator(m_home.path() / "velmora" / "crashes"))
+      count += file.is_regular_file() ? 1 : 0;
+    return count;
+  };
+  EXPECT_EQ(reports(), 1);
+  start();
+  ASSERT_TRUE(sees("label", "Velmora ended unexpectedly the last time.")) << m_reader->text();
+  ASSERT_TRUE(m_reader->press("push button", "Delete the Report"));
+  EXPECT_TRUE(eventually([&] { return reports() == 0; }));
 }
 
 TEST_F(Desktop, WithoutAPanelItShowsItselfAndOneThatComesIsUsed) {

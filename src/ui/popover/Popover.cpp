@@ -34,17 +34,25 @@ void Popover::setTransient(bool transient) {
 
 void Popover::setContentViewController(ViewController *controller) {
   m_controller.setContentViewController(controller);
+  takeColours();
 }
 
-void Popover::show(const QRectF &rect, QWidget *view, RectEdge preferredEdge) {
-  if (isShown()) return;
-  const QPalette palette = QGuiApplication::palette();
+/// The bubble goes on where the content ends.
+void Popover::takeColours() {
+  const ViewController *const content = m_controller.contentViewController();
+  const QPalette palette =
+      content != nullptr ? m_controller.contentView()->palette() : QGuiApplication::palette();
   const QColor window = palette.color(QPalette::Window);
   const QColor text = palette.color(QPalette::WindowText);
   const auto mix = [](int a, int b) { return (3 * a + b) / 4; };
   m_controller.setColor(window);
   m_controller.setBorderColor(QColor(mix(window.red(), text.red()), mix(window.green(), text.green()),
                                      mix(window.blue(), text.blue())));
+}
+
+void Popover::show(const QRectF &rect, QWidget *view, RectEdge preferredEdge) {
+  if (isShown()) return;
+  takeColours();
   m_controller.setBorderWidth(1);
   m_controller.presentPopoverFromRect(rect, view, arrowFor(preferredEdge), view != nullptr);
 }

@@ -9,7 +9,7 @@ namespace velmora {
 /// The edge of a rectangle, in the upward axis: a popover on the lower edge hangs below.
 enum class RectEdge : int { minX = 0, minY = 1, maxX = 2, maxY = 3 };
 
-/// The status item's popover, in the colours of the desktop. It stays open until it is closed, whatever has
+/// The status item's popover, in the colours of its content. It stays open until it is closed, whatever has
 /// the focus, unless it is transient. Main thread.
 class Popover {
  public:
@@ -36,6 +36,8 @@ class Popover {
   [[nodiscard]] const INPopoverController &controller() const { return m_controller; }
 
  private:
+  void takeColours();
+
   INPopoverController m_controller;
 };
 

@@ -6,6 +6,8 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QGuiApplication>
+#include <QLoggingCategory>
+#include <QOpenGLContext>
 #include <QPalette>
 #include <QWebEngineDownloadRequest>
 #include <QWebEngineProfile>
@@ -27,6 +29,13 @@ void preferTheDesktopsColours() {
   constexpr auto kFlags = "QTWEBENGINE_CHROMIUM_FLAGS";
   if (QGuiApplication::palette().color(QPalette::Window).lightness() < kDark)
     qputenv(kFlags, qgetenv(kFlags) + " --blink-settings=preferredColorScheme=0");
+}
+
+/// Draws without a graphics context where there can be none, which the engine would rather end by.
+void drawWithWhatThereIs() {
+  constexpr auto kBackend = "QT_QUICK_BACKEND";
+  QOpenGLContext context;
+  if (!qEnvironmentVariableIsSet(kBackend) && !context.create()) qputenv(kBackend, "software");
 }
 
 std::shared_ptr<QWebEngineProfile> makeProfile(const QString &folder) {
@@ -78,7 +87,12 @@ std::unique_ptr<WebEngine> WebEnginePlugin::make(const WebEngineSettings &settin
   // The engine draws with a graphics context shared by the whole program. Qt would rather make it at the
   // start, which costs 57 MB and as long as all the rest of it, and complains of its being made so late.
   std::shared_ptr<QWebEngineProfile> &profile = theProfile();
-  if (!profile) preferTheDesktopsColours();
+  if (!profile) {
+    preferTheDesktopsColours();
+    drawWithWhatThereIs();
+    // What the graphics driver is like, at every start.
+    QLoggingCategory::setFilterRules(QStringLiteral("qt.webenginecontext.debug=false"));
+  }
   QtWebEngineQuick::initialize();
   if (!profile) {
     profile = makeProfile(settings.storageFolder);
