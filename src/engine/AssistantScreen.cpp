@@ -51,11 +51,16 @@ AssistantScreen::AssistantScreen(AssistantHost &host, UserDefaults &defaults)
       m_capture([this](const std::int16_t *samples, std::ptrdiff_t count) {
         // There is one: the microphone is opened after a turn was begun, and stopped before it goes.
         m_api->sendAudioFrame(samples, count);
-      }) {}
+      }) {
+  m_playback.emplace(*this);
+}
 
-AssistantScreen::~AssistantScreen() {
+AssistantScreen::~AssistantScreen() = default;
+
+void AssistantScreen::endConversation() {
   m_capture.stop();
   m_api.reset();
+  m_playback.reset();
 }
 
 void AssistantScreen::viewDidLoad() {
@@ -110,7 +115,7 @@ void AssistantScreen::unloadPages() { m_ui->myWebview->unload(); }
 void AssistantScreen::buttonAction() {
   if (isListening()) {
     stopListening();
-  } else if (!m_playback.isSpeaking()) {
+  } else if (!m_playback->isSpeaking()) {
     startListening();
   }
 }
@@ -138,7 +143,7 @@ void AssistantScreen::closeClick() {
 
 void AssistantScreen::stopSpeaking() {
   m_isSilenced = true;
-  m_playback.stopSpeaking();
+  m_playback->stopSpeaking();
 }
 
 void AssistantScreen::keyPressEvent(QKeyEvent *event) {
@@ -146,7 +151,7 @@ void AssistantScreen::keyPressEvent(QKeyEvent *event) {
     case Qt::Key_Escape: closeClick(); return;
     case Qt::Key_Space:
       if (event->isAutoRepeat()) return;
-      m_playback.isSpeaking() ? stopSpeaking() : buttonAction();
+      m_playback->isSpeaking() ? stopSpeaking() : buttonAction();
       return;
     default: QWidget::keyPressEvent(event);
   }
@@ -198,7 +203,7 @@ void AssistantScreen::startListening() {
     showPrompt(Prompt::gettingReady);
     return;
   }
-  if (m_playback.isSpeaking()) m_playback.stopSpeaking();
+  if (m_playback->isSpeaking()) m_playback->stopSpeaking();
   m_startsWhenReady = m_isSilenced = m_isClosed = m_isWaiting = false;
   API &conversation = api();
   ++m_turn;
@@ -206,7 +211,7 @@ void AssistantScreen::startListening() {
   selectChosenInputDevice(m_defaults, m_capture.engine());
   conversation.beginTurn(m_capture.volumePercentage());
   m_capture.start();
-  m_playback.playStartPrompt();
+  m_playback->playStartPrompt();
   listeningStarted();
   asyncInTurn([this] {
     if (!isListening()) return;
@@ -252,7 +257,7 @@ void AssistantScreen::updateResponseText(const std::string &text) {
 }
 
 void AssistantScreen::playResponse(const std::string &mp3) {
-  if (!m_isClosed) m_playback.playResponse(mp3);
+  if (!m_isClosed) m_playback->playResponse(mp3);
 }
 
 void AssistantScreen::speakerIcon(bool isShown) {
@@ -284,7 +289,7 @@ void AssistantScreen::showTurnEnded(const CallResult &result) {
   }
   // Nobody hears what the microphone brings.
   if (isListening()) m_capture.stop();
-  display(m_playback.isSpeaking(), true);
+  display(m_playback->isSpeaking(), true);
   m_prompt = Prompt::none;
   switch (static_cast<StatusCode>(result.statusCode)) {
     case StatusCode::unauthenticated:
@@ -348,7 +353,7 @@ void AssistantScreen::deploymentChanged() {
   const bool wasWaiting = std::exchange(m_isWaiting, false);
   ++m_turn;
   if (!isViewLoaded()) return;
-  display(m_playback.isSpeaking(), true);
+  display(m_playback->isSpeaking(), true);
   if (m_host.deployment() != nullptr && std::exchange(m_startsWhenReady, false)) {
     startListening();
   } else if (m_prompt == Prompt::listening || m_prompt == Prompt::moment || wasWaiting) {
@@ -374,7 +379,7 @@ void AssistantScreen::forgetConversation() {
 }
 
 void AssistantScreen::updateBusy() {
-  const bool isBusy = isListening() || m_isWaiting || m_playback.isSpeaking();
+  const bool isBusy = isListening() || m_isWaiting || m_playback->isSpeaking();
   if (std::exchange(m_isBusy, isBusy) != isBusy) m_host.screenBusyChanged();
 }
 

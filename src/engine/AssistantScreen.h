@@ -108,6 +108,9 @@ class AssistantScreen : public QWidget,
   virtual void listeningStarted() {}
   /// Makes the screen go away.
   virtual void closeScreen() = 0;
+  /// Falls silent for good: nothing of a conversation or a player calls the screen any more. To be called by
+  /// each final class's destructor, while it is still one of that class to those who call.
+  void endConversation();
 
   [[nodiscard]] AssistantHost &host() const { return m_host; }
   [[nodiscard]] Ui::AssistantView &outlets() const { return *m_ui; }
@@ -160,7 +163,7 @@ class AssistantScreen : public QWidget,
   std::unique_ptr<API> m_api;  // null until it is needed
   Capture m_capture;
   std::unique_ptr<MicrophonePlot> m_plot;
-  ResponsePlayback m_playback{*this};
+  std::optional<ResponsePlayback> m_playback;
 };
 
 }  // namespace velmora

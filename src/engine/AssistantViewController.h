@@ -13,6 +13,7 @@ class AssistantViewController final : public AssistantScreen, public ViewControl
 
  public:
   AssistantViewController(AssistantHost &host, UserDefaults &defaults);
+  ~AssistantViewController() override { endConversation(); }
 
   [[nodiscard]] QWidget &view() override { return *this; }
 

@@ -15,6 +15,7 @@ class AssistantWindowController final : public AssistantScreen {
 
  public:
   AssistantWindowController(AssistantHost &host, UserDefaults &defaults);
+  ~AssistantWindowController() override { endConversation(); }
 
   /// Opens the window, or brings it to the front. The first time it is put below or above `anchor`, a
   /// rectangle of the desktop such as the status item's; where the desktop likes without one.
