@@ -1,0 +1,110 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: Apache-2.0
+#include "support/UserSession.h"
+
+#include <fstream>
+#include <stdexcept>
+
+#include "app/NetworkNamespace.h"
+#include "support/OtherProgram.h"
+
+namespace velmora::tests {
+namespace {
+
+namespace fs = std::filesystem;
+
+void must(bool worked, const char *what) {
+  if (!worked) throw std::runtime_error(what);
+}
+
+/// The number after `label` in a file of lines such as "Rss:  28 kB".
+long numberIn(const fs::path &file, const std::string &label) {
+  std::ifstream in(file);
+  for (std::string line; std::getline(in, line);)
+    if (line.starts_with(label)) return std::stol(line.substr(label.size()));
+  return 0;
+}
+
+}  // namespace
+
+bool UserSession::enterNetwork() {
+  return enterOwnNetwork() && ip("link set lo up") && ip("link add velmora0 type veth peer name velmora1") &&
+         ip("addr add 10.9.0.1/24 dev velmora0") && ip("link set velmora1 up") &&
+         ip("link set velmora0 up") && ip("route add default via 10.9.0.2");
+}
+
+void UserSession::setNetworkUp(bool isUp) {
+  must(ip(isUp ? "link set velmora0 up" : "link set velmora0 down"), "the link");
+  if (isUp) must(ip("route replace default via 10.9.0.2"), "the route");
+}
+
+UserSession::UserSession() {
+  for (const char *name :
+       {"HOME", "XDG_CONFIG_HOME", "XDG_RUNTIME_DIR", "XDG_STATE_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"})
+    qputenv(name, home().c_str());
+  const std::string address = "unix:path=" + (home() / "bus").string();
+  m_bus.emplace("dbus-daemon",
+                std::vector<std::string>{"--session", "--nofork", "--print-address", "--address=" + address},
+                Program::Environment{});
+  must(m_bus->waitForOut("unix:"), "no bus");
+  qputenv("DBUS_SESSION_BUS_ADDRESS", address.c_str());
+  m_sound.emplace();
+}
+
+void UserSession::startPanel() {
+  m_panel.emplace("trayer",
+                  std::vector<std::string>{"--edge", "top", "--align", "right", "--widthtype", "request",
+                                           "--height", "24", "--SetDockType", "true"},
+                  Program::Environment{});
+}
+
+void UserSession::clickIcon(int button) {
+  must(xdotool({"mousemove", "1268", "12", "click", std::to_string(button)}), "xdotool");
+}
+
+void UserSession::type(const std::vector<std::string> &keys) {
+  std::vector<std::string> arguments{"key"};
+  arguments.insert(arguments.end(), keys.begin(), keys.end());
+  must(xdotool(arguments), "xdotool");
+}
+
+Program::Environment UserSession::environment(bool isRead) {
+  Program::Environment all{{"LANG", "C.UTF-8"}};
+  if (isRead) all.emplace_back("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1");
+  // Chromium does not run as root in its sandbox.
+  if (::getuid() == 0) all.emplace_back("QTWEBENGINE_DISABLE_SANDBOX", "1");
+  return all;
+}
+
+UserDefaults UserSession::defaults() const {
+  return UserDefaults(QString::fromStdString((home() / "velmora" / "defaults.json").string()));
+}
+
+ProcessFigures ProcessFigures::of(pid_t process) {
+  const fs::path folder = "/proc/" + std::to_string(process);
+  std::error_code ignored;
+  return {.proportional = numberIn(folder / "smaps_rollup", "Pss:"),
+          .resident = numberIn(folder / "smaps_rollup", "Rss:"),
+          .threads = numberIn(folder / "status", "Threads:"),
+          .descriptors = std::distance(fs::directory_iterator(folder / "fd", ignored), {}),
+          .children = static_cast<long>(childrenOf(process).size())};
+}
+
+std::vector<pid_t> childrenOf(pid_t process) {
+  std::vector<pid_t> all;
+  std::error_code gone;
+  for (const auto &thread : fs::directory_iterator("/proc/" + std::to_string(process) + "/task", gone)) {
+    std::ifstream file(thread.path() / "children");
+    for (pid_t child = 0; file >> child;) all.push_back(child);
+  }
+  return all;
+}
+
+std::string nameOf(pid_t process) {
+  std::ifstream file("/proc/" + std::to_string(process) + "/comm");
+  std::string name;
+  std::getline(file, name);
+  return name;
+}
+
+}  // namespace velmora::tests
