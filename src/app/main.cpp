@@ -69,8 +69,6 @@ int runProgram(int argc, char **argv) {
   try {
     const auto options = ApplicationOptions::parse({argv + (argc > 0 ? 1 : 0), argv + argc});
     if (!options) return std::cout ? 0 : kFailed;
-    // The web engine is loaded later and wants it so.
-    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     QCoreApplication::setApplicationName(QStringLiteral("velmora"));
     QCoreApplication::setApplicationVersion(QStringLiteral(VELMORA_VERSION));
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Velmora"));
