@@ -268,6 +268,26 @@ Wenn Sie genau diese Tasten möchten: Die meisten Tastenkürzel lassen sich in d
         <source>&amp;Home page</source>
         <translation>&amp;Webseite</translation>
     </message>
+    <message>
+        <source>Answer &amp;volume:</source>
+        <translation>&amp;Lautstärke:</translation>
+    </message>
+    <message>
+        <source>Answer volume</source>
+        <translation>Lautstärke der Antworten</translation>
+    </message>
+    <message>
+        <source>La&amp;nguage:</source>
+        <translation>S&amp;prache:</translation>
+    </message>
+    <message>
+        <source>Language</source>
+        <translation>Sprache</translation>
+    </message>
+    <message>
+        <source>From the next start on</source>
+        <translation>Ab dem nächsten Start</translation>
+    </message>
 </context>
 <context>
     <name>QMessageBox</name>
@@ -459,6 +479,14 @@ Wenn Sie genau diese Tasten möchten: Die meisten Tastenkürzel lassen sich in d
     <message>
         <source>You are not signed in.</source>
         <translation>Sie sind nicht angemeldet.</translation>
+    </message>
+    <message>
+        <source>The desktop’s</source>
+        <translation>Die der Arbeitsumgebung</translation>
+    </message>
+    <message>
+        <source>%1 %</source>
+        <translation>%1 %</translation>
     </message>
 </context>
 <context>

@@ -15,6 +15,7 @@
 #include "app/TerminationSignals.h"
 #include "foundation/StandardStreams.h"
 #include "ui/Translations.h"
+#include "ui/preferences/PreferenceKeys.h"
 
 namespace velmora {
 namespace {
@@ -35,7 +36,8 @@ int failed(const std::string &what, int status) {
 
 int runApplication(const ApplicationOptions &options) {
   QApplication::setQuitOnLastWindowClosed(false);
-  installTranslations(QLocale());
+  const QString language = UserDefaults::standard().stringForKey(kLanguageKey);
+  installTranslations(language.isEmpty() ? QLocale() : QLocale(language));
   QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/velmora.png")));
 
   AppDelegate *delegate = nullptr;

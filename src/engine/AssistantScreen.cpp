@@ -6,6 +6,7 @@
 #include <QKeyEvent>
 #include <QMenu>
 #include <QThread>
+#include <algorithm>
 #include <utility>
 
 #include "auth/TokenStore.h"
@@ -14,6 +15,7 @@
 #include "foundation/Log.h"
 #include "platform/Alert.h"
 #include "ui/Page.h"
+#include "ui/preferences/PreferenceKeys.h"
 #include "ui_AssistantView.h"
 
 namespace velmora {
@@ -21,6 +23,7 @@ namespace {
 
 const QColor kBackground(71, 72, 72);
 const QColor kQuiet(0xc3, 0xc6, 0xc6);  // for what is not the user's own words
+constexpr int kFullVolume = 100;        // percent
 constexpr double kRequestScale = 1.35;  // against the other letters
 constexpr std::size_t kLongestConversation = 1000;
 
@@ -35,6 +38,12 @@ constexpr char kStyle[] =
     "QToolButton#microphoneButton:hover, QToolButton#speakerButton:hover { background: #4a6ae6; }"
     "QToolButton#microphoneButton:pressed, QToolButton#speakerButton:pressed { background: #2d48b3; }"
     "QToolButton#microphoneButton:focus, QToolButton#speakerButton:focus { border-color: #a9b6ff; }";
+
+/// How loud answers are asked for, 1 being full.
+double answerVolume(const UserDefaults &defaults) {
+  const QVariant percent = defaults.objectForKey(kAnswerVolumeKey);
+  return std::clamp(percent.isValid() ? percent.toInt() : kFullVolume, 1, kFullVolume) / 100.0;
+}
 
 /// The request with its first character, however many units that takes, as a capital.
 QString capitalised(const QString &text) {
@@ -209,6 +218,7 @@ void AssistantScreen::startListening() {
   ++m_turn;
   m_ui->history->endExchange(std::exchange(m_request, {}));
   selectChosenInputDevice(m_defaults, m_capture.engine());
+  m_capture.mic().setVolume(answerVolume(m_defaults));
   conversation.beginTurn(m_capture.volumePercentage());
   m_capture.start();
   m_playback->playStartPrompt();
@@ -273,6 +283,13 @@ void AssistantScreen::continueIfFollowUp() {
   asyncInTurn([this] {
     if (!m_isSilenced && !m_isClosed && m_api) m_api->continueIfFollowUp();
   });
+}
+
+void AssistantScreen::responseReceived(const Google_Assistant_Embedded_V1alpha1_ConverseResponse &response) {
+  // Asked for by voice; none is no wish.
+  const int percent = response.result().volumePercentage();
+  if (percent < 1 || percent > kFullVolume) return;
+  async([this, percent] { m_defaults.setObject(percent, kAnswerVolumeKey); });
 }
 
 void AssistantScreen::turnEnded(const CallResult &result) {

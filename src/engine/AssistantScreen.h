@@ -125,7 +125,7 @@ class AssistantScreen : public QWidget,
   /// What the label says beside requests.
   enum class Prompt { none, mind, gettingReady, listening, moment };
 
-  void responseReceived(const Google_Assistant_Embedded_V1alpha1_ConverseResponse & /*response*/) override {}
+  void responseReceived(const Google_Assistant_Embedded_V1alpha1_ConverseResponse &response) override;
   void turnEnded(const CallResult &result) override;
 
   void makeMenu();

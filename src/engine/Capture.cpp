@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "engine/Capture.h"
 
+#include <cmath>
 #include <utility>
 
 #include "engine/AudioConstants.h"
@@ -49,7 +50,9 @@ void Capture::onTap(const PCMBuffer &buffer) {
 }
 
 std::int32_t Capture::volumePercentage() const {
-  return exactly<std::int32_t>(m_mic.volume() * 100, "The microphone's volume cannot be asked for");
+  // Hundredths are not exact: 0.57 is 57 %.
+  return exactly<std::int32_t>(std::round(m_mic.volume() * 1e4) / 100,
+                               "The microphone's volume cannot be asked for");
 }
 
 }  // namespace velmora

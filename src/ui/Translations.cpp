@@ -3,6 +3,8 @@
 #include "ui/Translations.h"
 
 #include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
 #include <QLibraryInfo>
 #include <QLocale>
 #include <QTranslator>
@@ -26,6 +28,13 @@ bool installTranslations(const QLocale &locale) {
   // Ours comes last, and so is asked first.
   install(locale, QStringLiteral("qtbase"), QLibraryInfo::path(QLibraryInfo::TranslationsPath));
   return install(locale, kOurs, QStringLiteral(":/translations"));
+}
+
+QStringList interfaceLanguages() {
+  QStringList codes{QStringLiteral("en")};
+  for (const QString &file : QDir(QStringLiteral(":/translations")).entryList())
+    codes << QFileInfo(file).completeBaseName().section(QLatin1Char('_'), 1);
+  return codes;
 }
 
 QString interfaceLanguage() {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 class QLocale;
 
@@ -12,6 +13,9 @@ namespace velmora {
 /// included, and English elsewhere. To be called once, after the application is made and before its first
 /// window. True when there was one.
 bool installTranslations(const QLocale &locale);
+
+/// The codes of the languages that there are.
+[[nodiscard]] QStringList interfaceLanguages();
 
 /// The code of the language that the application speaks: "de", say, and "en" without a catalogue.
 [[nodiscard]] QString interfaceLanguage();

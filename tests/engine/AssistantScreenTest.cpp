@@ -13,6 +13,7 @@
 #include "engine/AssistantViewController.h"
 #include "engine/AssistantWindowController.h"
 #include "platform/Alert.h"
+#include "protocol/ConverseRequest.h"
 #include "support/CapturedLog.h"
 #include "support/EventLoop.h"
 #include "support/Mp3.h"
@@ -20,6 +21,7 @@
 #include "support/SoundServer.h"
 #include "support/TemporaryFolder.h"
 #include "ui/CustomPlot.h"
+#include "ui/preferences/PreferenceKeys.h"
 
 namespace velmora {
 namespace {
@@ -47,6 +49,8 @@ class Service {
 
   Deployment deployment;
   Inbox<std::string> tokens;  // of the calls
+  Inbox<int> volumes;         // that they ask for
+  std::atomic<int> newVolume = 0;
   std::atomic<StatusCode> refusal = StatusCode::ok;
   std::atomic<bool> asksBack = false;
   std::atomic<double> seconds = 0.2;  // of the answer
@@ -56,7 +60,9 @@ class Service {
   ScriptedServer::End converse(ScriptedServer::Call &call) {
     tokens.put(call.metadata().find("authorization")->second);
     if (refusal != StatusCode::ok) return {.code = refusal};
-    for (int i = 0; i < 4; ++i) (void)call.read();
+    using Request = Google_Assistant_Embedded_V1alpha1_ConverseRequest;
+    volumes.put(Request::parse(call.read().value_or("")).config().audioOutConfig().volumePercentage());
+    for (int i = 0; i < 3; ++i) (void)call.read();
     Response end;
     end.setEventType(Response::EventType::endOfUtterance);
     if (endsUtterances) call.write(end.serialize());
@@ -74,6 +80,7 @@ class Service {
     call.write(sound.serialize());
     result = Result();
     result.setSpokenResponseText("It is noon.");
+    result.setVolumePercentage(newVolume);
     if (asksBack) result.setMicrophoneMode(Result::MicrophoneMode::dialogFollowOn);
     Response last;
     last.setResult(result);
@@ -236,6 +243,19 @@ TEST_F(AssistantScreenTest, BeginsWhenTheServiceComesAndSaysWhenItGoes) {
   window->deploymentChanged();
   EXPECT_EQ(label(), "The assistant was interrupted. Please try again.");
   ASSERT_TRUE(runUntil([&] { return isIdle(); }));
+}
+
+TEST_F(AssistantScreenTest, TheVolumeOfAnswersIsASettingThatTheAssistantMayChange) {
+  defaults.setObject(57, kAnswerVolumeKey);
+  service.newVolume = 40;
+  window->startListening();
+  ASSERT_TRUE(runUntil([&] { return defaults.objectForKey(kAnswerVolumeKey).toInt() == 40; }));
+  service.newVolume = 0;
+  window->startListening();
+  ASSERT_TRUE(runUntil([&] { return service.volumes.values().size() == 2; }));
+  ASSERT_TRUE(runUntil([&] { return isSpeaking(); }));
+  EXPECT_THAT(service.volumes.values(), ElementsAre(57, 40));
+  EXPECT_EQ(defaults.objectForKey(kAnswerVolumeKey).toInt(), 40);
 }
 
 TEST_F(AssistantScreenTest, AnotherAccountBeginsAnotherConversation) {

@@ -12,6 +12,7 @@
 #include <QLabel>
 #include <QLocale>
 #include <QPushButton>
+#include <QSlider>
 #include <QStandardPaths>
 #include <QTabWidget>
 #include <QTranslator>
@@ -43,7 +44,8 @@ ApplicationInformation withLinks() {
 struct PreferencesTest : testing::Test {
   PreferencesTest() { defaults.setObject(true, kLoggedInKey); }
   ~PreferencesTest() override {
-    for (const auto key : {kRunAtLaunchEnableKey, kHotwordEnableKey, kInputDeviceKey, kLoggedInKey})
+    for (const auto key : {kRunAtLaunchEnableKey, kHotwordEnableKey, kInputDeviceKey, kLoggedInKey,
+                           kAnswerVolumeKey, kLanguageKey})
       defaults.removeObjectForKey(key);
   }
   static bool shows(PreferencesWindowController &window) {
@@ -83,6 +85,17 @@ TEST_F(PreferencesTest, MnemonicsSwitchAndStoreAndEveryWindowShowsIt) {
         EXPECT_EQ(QFile::exists(entry), on);
       }
     }
+  }
+  // Volume by the keyboard, the language by the list.
+  EXPECT_TRUE(type("alt+v"));
+  EXPECT_TRUE(type("Left"));
+  EXPECT_TRUE(runUntil([&] { return defaults.objectForKey(kAnswerVolumeKey).toInt() == 90; }));
+  EXPECT_EQ(part<QSlider>(other, "volumeSlider").value(), 90);
+  EXPECT_TRUE(type("alt+n"));
+  for (const auto &[key, code] : {std::pair("Down", "en"), std::pair("Down", "de"), std::pair("Home", "")}) {
+    EXPECT_TRUE(type(key));
+    EXPECT_TRUE(runUntil([&] { return defaults.stringForKey(kLanguageKey) == QLatin1String(code); })) << code;
+    EXPECT_EQ(part<QComboBox>(other, "languageBox").currentData().toString(), QLatin1String(code));
   }
   EXPECT_EQ(labelled(window, "accountState").toStdString(), "You are signed in.");
   EXPECT_TRUE(type("alt+o"));
@@ -132,8 +145,9 @@ TEST_F(PreferencesTest, TheKeyboardGoesThroughEveryControlAndEachHasAName) {
     }
     return names;
   };
-  EXPECT_THAT(tour(), ElementsAre("shortcutView", "microphoneBox", "hotwordCheckBox", "runAtLaunchCheckBox",
-                                  "signOutButton", "qt_tabwidget_tabbar"));
+  EXPECT_THAT(tour(),
+              ElementsAre("shortcutView", "microphoneBox", "volumeSlider", "hotwordCheckBox", "languageBox",
+                          "runAtLaunchCheckBox", "signOutButton", "qt_tabwidget_tabbar"));
   EXPECT_TRUE(type("alt+a"));
   EXPECT_TRUE(runUntil([&] { return part<QWidget>(window, "aboutView").isVisible(); }));
   EXPECT_FALSE(part<QWidget>(window, "generalVIew").isVisible());

@@ -5,17 +5,21 @@
 #include <QApplication>
 #include <QIcon>
 #include <QKeyEvent>
+#include <QLocale>
 #include <QPushButton>
 #include <QStyle>
+#include <algorithm>
 #include <utility>
 
 #include "platform/Workspace.h"
+#include "ui/Translations.h"
 #include "ui/preferences/PreferenceKeys.h"
 #include "ui_PreferencesWindow.h"
 
 namespace velmora {
 namespace {
 
+constexpr int kFullVolume = 100;                    // percent
 constexpr int kIconSize = 96;                       // logical pixels
 constexpr int kButtonPadding = 12;                  // where a style has less
 constexpr double kNameScale = 1.5;                  // against the other letters
@@ -71,6 +75,7 @@ void PreferencesWindowController::windowDidLoad() {
     m_ui->shortcutView->setAssociatedUserDefaultsKey(kCustomShortcut);
   }
   layOutNote();
+  fillLanguages();
   QFont nameFont = m_ui->appName->font();
   nameFont.setPointSizeF(nameFont.pointSizeF() * kNameScale);
   nameFont.setBold(true);
@@ -106,6 +111,17 @@ void PreferencesWindowController::layOutNote() {
   note.setMinimumHeight(note.heightForWidth(note.minimumWidth()));
 }
 
+/// Each in its own words, for whoever has got lost among the others.
+void PreferencesWindowController::fillLanguages() {
+  QComboBox &box = *m_ui->languageBox;
+  box.addItem(tr("The desktop’s"), QString());
+  for (const QString &code : interfaceLanguages()) {
+    QString name = QLocale(code).nativeLanguageName();
+    if (code == QLatin1String("en")) name = QStringLiteral("English");  // of no country
+    box.addItem(name, code);
+  }
+}
+
 void PreferencesWindowController::connectControls() {
   connect(m_ui->tabs, &QTabWidget::currentChanged, this, [this] {
     if (m_ui->tabs->currentWidget() == m_ui->aboutView) showInformation();
@@ -119,6 +135,17 @@ void PreferencesWindowController::connectControls() {
   connect(m_ui->microphoneBox, &QComboBox::currentIndexChanged, this, [this] {
     const QString name = m_ui->microphoneBox->microphone();
     m_defaults.setObject(name.isEmpty() ? QVariant() : name, kInputDeviceKey);
+    m_defaults.synchronize();
+  });
+  connect(m_ui->volumeSlider, &QSlider::valueChanged, this, [this](int percent) {
+    m_ui->volumeSlider->setToolTip(tr("%1 %").arg(percent));
+    if (m_isShowing) return;
+    m_defaults.setObject(percent, kAnswerVolumeKey);
+  });
+  connect(m_ui->languageBox, &QComboBox::currentIndexChanged, this, [this] {
+    if (m_isShowing) return;
+    const QString code = m_ui->languageBox->currentData().toString();
+    m_defaults.setObject(code.isEmpty() ? QVariant() : code, kLanguageKey);
     m_defaults.synchronize();
   });
   connect(m_ui->signOutButton, &QPushButton::clicked, this,
@@ -141,6 +168,20 @@ void PreferencesWindowController::watchSettings() {
   watch(kInputDeviceKey, [this](const QVariant &value) {
     const QSignalBlocker quiet(m_ui->microphoneBox);
     m_ui->microphoneBox->setMicrophone(value.toString());
+  });
+  // What is shown here is not chosen here.
+  const auto shows = [this](const auto &show) {
+    m_isShowing = true;
+    show();
+    m_isShowing = false;
+  };
+  watch(kAnswerVolumeKey, [this, shows](const QVariant &value) {
+    shows([&] { m_ui->volumeSlider->setValue(value.isValid() ? value.toInt() : kFullVolume); });
+  });
+  watch(kLanguageKey, [this, shows](const QVariant &value) {
+    shows([&] {
+      m_ui->languageBox->setCurrentIndex(std::max(0, m_ui->languageBox->findData(value.toString())));
+    });
   });
   watch(kLoggedInKey, [this](const QVariant &value) { showAccount(value.toBool()); });
 }

@@ -57,6 +57,7 @@ class PreferencesWindowController : public QWidget {
   void loadWindow();
   void windowDidLoad();
   void layOutNote();
+  void fillLanguages();
   void connectControls();
   void watchSettings();
   void showInformation();
@@ -66,6 +67,7 @@ class PreferencesWindowController : public QWidget {
   UserDefaults &m_defaults;
   ShortcutMaker m_makeShortcut;
   LoginItem m_loginItem;
+  bool m_isShowing = false;                     // a setting, which is none of the user's doing
   std::unique_ptr<Ui::PreferencesWindow> m_ui;  // null until the window is needed
   std::shared_ptr<void> m_shortcut;
   std::vector<UserDefaults::Observation> m_observations;
