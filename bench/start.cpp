@@ -6,7 +6,7 @@
 // answer as sound, and what it does while nobody asks anything of it. Programs run in a session of their own
 // with a real panel and a real sound server.
 //
-//   bench_start [seconds to be idle]        60 by default
+//   bench_start [SECONDS [start|turns|idle]]        of idleness, 60 by default; one part only
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/wait.h>
@@ -54,6 +54,7 @@ using Milliseconds = std::chrono::duration<double, std::milli>;
 constexpr int kStarts = 10;
 constexpr int kTurns = 10;
 constexpr auto kToSettle = 3s;
+constexpr auto kAfterUse = 65s;
 constexpr double kClickDelay = 200;  // ms between the click and the microphone, as it is meant to be
 
 double median(std::vector<double> values) {
@@ -457,20 +458,9 @@ void reportIdle(const char *what, pid_t process, int seconds) {
               milliseconds / (10.0 * seconds));
 }
 
-int run(int seconds) {
-  UserSession session;
-  {
-    // No hint in the way.
-    UserDefaults defaults = session.defaults();
-    defaults.setObject(true, QStringLiteral("isFirstTime"));
-    defaults.synchronize();
-  }
-  session.startPanel();
-  std::this_thread::sleep_for(kToSettle);
-  reportStart();
-  reportTurns(session);
-
+void reportIdleness(const UserSession &session, int seconds) {
   Service service;
+  signIn(session);
   PanelWatch panel;
   Program velmora(VELMORA, {"--deployment", service.deployment()}, UserSession::environment());
   panel.waitForIcon();
@@ -481,9 +471,24 @@ int run(int seconds) {
   service.answer();
   std::this_thread::sleep_for(kToSettle);
   UserSession::clickIcon();
-  std::this_thread::sleep_for(kToSettle);
-  reportIdle("idle, after a turn, closed (aim 2, 0.1)", velmora.pid(), seconds);
+  std::this_thread::sleep_for(kAfterUse);
+  reportIdle("idle, a minute after a turn (aim 2, 0.1)", velmora.pid(), seconds);
   end(velmora);
+}
+
+int run(int seconds, const std::string &part) {
+  UserSession session;
+  {
+    // No hint in the way.
+    UserDefaults defaults = session.defaults();
+    defaults.setObject(true, QStringLiteral("isFirstTime"));
+    defaults.synchronize();
+  }
+  session.startPanel();
+  std::this_thread::sleep_for(kToSettle);
+  if (part.empty() || part == "start") reportStart();
+  if (part.empty() || part == "turns") reportTurns(session);
+  if (part.empty() || part == "idle") reportIdleness(session, seconds);
   return 0;
 }
 
@@ -499,7 +504,7 @@ int main(int argc, char **argv) {
   std::setvbuf(stdout, nullptr, _IOLBF, 0);
   const int seconds = argc > 1 ? std::max(1, std::atoi(argv[1])) : 60;
   try {
-    return velmora::run(seconds);
+    return velmora::run(seconds, argc > 2 ? argv[2] : "");
   } catch (const std::exception &error) {
     std::cerr << "bench_start: " << error.what() << '\n';
     return 1;
