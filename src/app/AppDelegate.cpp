@@ -97,6 +97,9 @@ void AppDelegate::applicationDidFinishLaunching() {
         // Who switches it off is not listened to any more.
         if (!value.toBool()) m_recognizer.reset();
       });
+  m_inputDevice = m_userDefaults.addObserver(kInputDeviceKey, Notify::newOnly, [this](const QVariant &) {
+    if (m_recognizer) selectChosenInputDevice(m_userDefaults, m_recognizer->engine());
+  });
   MainQueue::main().async([] { askAboutCrashReports(); });
   watchForTray();
 }

@@ -146,6 +146,7 @@ class AppDelegate final : public AssistantHost {
   QTimer m_loginCheck;
   UserDefaults::Observation m_loggedIn;
   UserDefaults::Observation m_hotword;
+  UserDefaults::Observation m_inputDevice;
   NotificationCenter::Observation m_reachability;
   NotificationCenter::Observation m_shortCutPress;
   std::unique_ptr<LocalAssistantKeeper> m_localAssistant;
