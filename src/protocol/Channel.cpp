@@ -15,9 +15,6 @@ namespace {
 // nothing else has come for the first.
 constexpr int kKeepaliveMs = 10'000;
 constexpr int kKeepaliveTimeoutMs = 5'000;
-// A connection that is not used goes, and with it the timers that wake the program several times a second.
-// The next call makes it anew.
-constexpr int kIdleMs = 60'000;
 // Far above any answer, far below what would endanger the machine.
 constexpr int kLargestResponse = 128 * 1024 * 1024;
 
@@ -28,7 +25,6 @@ std::shared_ptr<grpc::Channel> connect(const std::string &address,
   arguments.SetMaxReceiveMessageSize(kLargestResponse);
   arguments.SetInt(GRPC_ARG_KEEPALIVE_TIME_MS, kKeepaliveMs);
   arguments.SetInt(GRPC_ARG_KEEPALIVE_TIMEOUT_MS, kKeepaliveTimeoutMs);
-  arguments.SetInt(GRPC_ARG_CLIENT_IDLE_TIMEOUT_MS, kIdleMs);
   arguments.SetInt(GRPC_ARG_HTTP2_MAX_PINGS_WITHOUT_DATA, 0);  // no limit of our own
   // The proxy variables of a user's session mean the world outside, never this machine.
   if (isLoopback(address)) arguments.SetInt(GRPC_ARG_ENABLE_HTTP_PROXY, 0);

@@ -51,6 +51,12 @@ UserSession::UserSession() {
   m_sound.emplace();
 }
 
+/// Neither ends by itself.
+UserSession::~UserSession() {
+  if (m_panel) m_panel->signal(SIGTERM);
+  m_bus->signal(SIGTERM);
+}
+
 void UserSession::startPanel() {
   m_panel.emplace("trayer",
                   std::vector<std::string>{"--edge", "top", "--align", "right", "--widthtype", "request",
@@ -85,6 +91,8 @@ ProcessFigures ProcessFigures::of(pid_t process) {
   std::error_code ignored;
   return {.proportional = numberIn(folder / "smaps_rollup", "Pss:"),
           .resident = numberIn(folder / "smaps_rollup", "Rss:"),
+          .own = numberIn(folder / "smaps_rollup", "Private_Dirty:") +
+                 numberIn(folder / "smaps_rollup", "Private_Clean:"),
           .threads = numberIn(folder / "status", "Threads:"),
           .descriptors = std::distance(fs::directory_iterator(folder / "fd", ignored), {}),
           .children = static_cast<long>(childrenOf(process).size())};

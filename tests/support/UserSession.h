@@ -32,9 +32,11 @@ class UserSession {
   static void setNetworkUp(bool isUp);
 
   UserSession();
+  ~UserSession();
+  UserSession(const UserSession &) = delete;
+  UserSession &operator=(const UserSession &) = delete;
 
   void startPanel();
-  void endPanel() { m_panel.reset(); }
   /// Clicks the icon in the panel, with this button of the mouse.
   static void clickIcon(int button = 1);
   static void type(const std::vector<std::string> &keys);
@@ -57,6 +59,7 @@ class UserSession {
 struct ProcessFigures {
   long proportional = 0;  ///< KiB of memory, shared pages divided among those who share them
   long resident = 0;      ///< KiB
+  long own = 0;           ///< KiB that no other process has
   long threads = 0;
   long descriptors = 0;
   long children = 0;
