@@ -57,11 +57,11 @@ UserSession::~UserSession() {
   m_bus->signal(SIGTERM);
 }
 
-void UserSession::startPanel() {
-  m_panel.emplace("trayer",
-                  std::vector<std::string>{"--edge", "top", "--align", "right", "--widthtype", "request",
-                                           "--height", "24", "--SetDockType", "true"},
-                  Program::Environment{});
+void UserSession::startPanel(const std::vector<std::string> &options) {
+  std::vector<std::string> all{"--edge",  "top",      "--align", "right",         "--widthtype",
+                               "request", "--height", "24",      "--SetDockType", "true"};
+  all.insert(all.end(), options.begin(), options.end());
+  m_panel.emplace("trayer", all, Program::Environment{});
 }
 
 void UserSession::clickIcon(int button) {

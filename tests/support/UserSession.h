@@ -36,7 +36,8 @@ class UserSession {
   UserSession(const UserSession &) = delete;
   UserSession &operator=(const UserSession &) = delete;
 
-  void startPanel();
+  /// With more options of trayer(1).
+  void startPanel(const std::vector<std::string> &options = {});
   /// Clicks the icon in the panel, with this button of the mouse.
   static void clickIcon(int button = 1);
   static void type(const std::vector<std::string> &keys);
