@@ -1,12 +1,13 @@
 # SPDX-FileCopyrightText: 2026 The Velmora developers
 # SPDX-License-Identifier: Apache-2.0
 #
-#   make run          build, and hold a conversation with the local assistant
+#   make run          build, and start Velmora; without a display, hold a recorded conversation
 #   make test         build, and run every test
 #   make sanitize     the tests once more under the address, undefined-behaviour and thread sanitizers
 #   make coverage     the tests with the lines counted; at least 85 in 100 of src/ must run
 #   make fuzz         made-up input for what reads other people's, FUZZ_SECONDS (20) for each target
-#   make soak         SOAK_TURNS (200) turns with one local assistant; nothing may be left over
+#   make soak         SOAK_TURNS (200) turns with one local assistant, and as many in the status bar with every
+#                     accident in between; nothing may be left over
 #   make lint         formatting and static checks          make format   mend the formatting
 #   make bench        measure, beside the bare libraries
 #   make docs         the pages of the headers, in build/docs/html
