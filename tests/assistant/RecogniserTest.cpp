@@ -119,7 +119,7 @@ TEST_F(RecogniserTest, TheRecordedQuestionsMakeOneConversation) {
   } cases[] = {{"01-what-time-is-it", "time", "It is 12:00 AM"},
                {"02-what-day-is-the-third-of-may", "day of a date", "It is Sunday, 3 May 2026"},
                {"03-what-is-seven-plus-five", "arithmetic", "7 + 5 = 12"},
-               {"04-how-many-miles-is-ten-kilometers", "how many units", "10 kilometers"},
+               {"04-how-many-miles-is-ten-kilometers", "conversion", "10 kilometers"},
                {"05-how-do-you-spell-elephant", "spelling", "Elephant"},
                {"06-flip-a-coin", "coin", ""},
                {"07-tell-me-a-joke", "joke", ""},

@@ -20,15 +20,32 @@ constexpr std::array<std::string_view, 7> kWeekdays{"monday", "tuesday",  "wedne
 struct Holiday {
   std::string_view name;
   int month;
-  int day;
+  int day;  ///< for those that move: the first day that it may be
+  enum class Moves { never, toWeekday, withEaster } moves = Moves::never;
+  int by = 0;  ///< the weekday, or how many days after Easter
 };
+using enum Holiday::Moves;
 constexpr Holiday kHolidays[]{
-    {"new year", 1, 1},         {"new year's day", 1, 1},
-    {"valentine's day", 2, 14}, {"saint patrick's day", 3, 17},
-    {"may day", 5, 1},          {"independence day", 7, 4},
-    {"halloween", 10, 31},      {"christmas eve", 12, 24},
-    {"christmas", 12, 25},      {"christmas day", 12, 25},
-    {"boxing day", 12, 26},     {"new year's eve", 12, 31},
+    {"new year", 1, 1},
+    {"new year's day", 1, 1},
+    {"valentine's day", 2, 14},
+    {"saint patrick's day", 3, 17},
+    {"good friday", 3, 20, withEaster, -2},
+    {"easter", 3, 22, withEaster, 0},
+    {"easter sunday", 3, 22, withEaster, 0},
+    {"easter monday", 3, 23, withEaster, 1},
+    {"may day", 5, 1},
+    {"mother's day", 5, 8, toWeekday, Qt::Sunday},
+    {"father's day", 6, 15, toWeekday, Qt::Sunday},
+    {"independence day", 7, 4},
+    {"labor day", 9, 1, toWeekday, Qt::Monday},
+    {"halloween", 10, 31},
+    {"thanksgiving", 11, 22, toWeekday, Qt::Thursday},
+    {"christmas eve", 12, 24},
+    {"christmas", 12, 25},
+    {"christmas day", 12, 25},
+    {"boxing day", 12, 26},
+    {"new year's eve", 12, 31},
 };
 
 constexpr auto kSpellable =
@@ -58,6 +75,20 @@ constexpr auto kSpellable =
     "yellow | "
     "purple | orchestra | symphony | theater | museum | conscience | committee | maintenance | privilege | "
     "pronunciation | recommend | tomorrow | twelfth | fourteen | forty | eight | ninth | thorough | through";
+
+/// What people are made to say after somebody, beside the words that they ask to be spelled.
+constexpr auto kEveryday =
+    "a | am | an | and | are | at | bad | be | big | but | cat | come | day | do | dog | everybody | "
+    "everyone "
+    "| "
+    "for | go | good | great | happy | have | he | here | home | how | i | i'm | in | is | it | it's | like "
+    "| "
+    "little | love | make | man | me | morning | my | never | nice | night | no | not | now | of | on | one "
+    "| "
+    "our | "
+    "please | robot | she | so | sun | thank | thanks | that | the | there | they | this | time | to | today "
+    "| "
+    "very | want | was | we | what | will | with | woman | yes | you | your";
 
 template <typename Table>
 std::string alternatives(const Table &table) {
@@ -105,6 +136,26 @@ bool takeSuffix(std::string &text, std::string_view suffix) {
   if (!text.ends_with(suffix)) return false;
   text.erase(text.size() - suffix.size());
   return true;
+}
+
+/// Easter Sunday of the Gregorian calendar (the computation of Meeus, Jones and Butcher).
+QDate easterOf(int year) {
+  const int a = year % 19, b = year / 100, c = year % 100;
+  const int h = (19 * a + b - b / 4 - (b - (b + 8) / 25 + 1) / 3 + 15) % 30;
+  const int l = (32 + 2 * (b % 4) + 2 * (c / 4) - h - c % 4) % 7;
+  const int m = (a + 11 * h + 22 * l) / 451;
+  const int n = h + l - 7 * m + 114;
+  return {year, n / 31, n % 31 + 1};
+}
+
+QDate holidayOf(const Holiday &holiday, int year) {
+  const QDate first(year, holiday.month, holiday.day);
+  switch (holiday.moves) {
+    case never: break;
+    case toWeekday: return first.addDays((holiday.by - first.dayOfWeek() + 7) % 7);
+    case withEaster: return easterOf(year).addDays(holiday.by);
+  }
+  return first;
 }
 
 QDate yearly(int month, int day, QDate today, Which which) {
@@ -166,6 +217,7 @@ std::vector<Rule> vocabulary() {
   return {
       {"what_is", "what is | what's"},
       {"how_much_is", "what is | what's | how much is | calculate | compute | work out"},
+      {"now", "now | right now | at the moment"},
       {"ask", "tell me | give me | do you know | i want to know | i'd like to know"},
       {"digit", "one | two | three | four | five | six | seven | eight | nine"},
       {"teen",
@@ -183,6 +235,7 @@ std::vector<Rule> vocabulary() {
        "minus <below_hundred>",
        true},
       {"word", kSpellable, true},
+      {"said", std::string(kSpellable) + " | " + kEveryday, true},
       {"weekday", alternatives(kWeekdays)},
       {"month", alternatives(kMonths)},
       {"ordinal", ordinals()},
@@ -206,7 +259,9 @@ std::vector<Rule> vocabulary() {
 std::optional<QDate> dayFromWords(std::string_view words, QDate today, Which which) {
   std::string text = without(words, {"the", "of", "this"});
   for (const Holiday &holiday : kHolidays) {
-    if (text == holiday.name) return yearly(holiday.month, holiday.day, today, which);
+    if (text != holiday.name) continue;
+    const QDate day = holidayOf(holiday, today.year());
+    return which == Which::next && day < today ? holidayOf(holiday, today.year() + 1) : day;
   }
   if (auto day = relativeDay(text, today)) return day;
   if (auto day = countedDays(text, today)) return day;

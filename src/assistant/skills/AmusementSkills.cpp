@@ -31,15 +31,17 @@ SkillTable amusementSkills() {
       .skills =
           {
               {"joke",
-               "(tell me | say | give me) (a | another) [funny] joke | tell me something funny | "
-               "do you know (a | any | another) (joke | jokes) | make me laugh | another joke | "
-               "i want to hear a joke | cheer me up",
+               "(tell me | tell us | tell | say | give me | do you know | do you have | have you got | "
+               "let me hear | i want | i want to hear) (a | another | any | some | one more) [good | "
+               "funny | other | more | new] (joke | jokes) | (tell me | say) something funny | make me "
+               "(laugh | smile) | [another] joke | cheer me up",
                joke,
                {"tell me a joke"}},
               {"fact",
-               "(tell me | give me) (a | an | another) [fun | random | interesting] fact | tell me something "
-               "[interesting | new] | "
-               "another fact | teach me something [new] | do you know (a | an) [fun | interesting] fact",
+               "(tell me | tell us | give me | say | do you know | do you have | let me hear | i want | "
+               "i want to hear) (a | an | another | any | some | one more) [fun | random | interesting | "
+               "new | surprising] (fact | facts) | (tell me | teach me | say) something [interesting | "
+               "new | surprising] | another fact | surprise me",
                fact,
                {"tell me an interesting fact"}},
           },

@@ -66,6 +66,21 @@ Answer calculate(const Request &request) {
   return equation(text, sum + product);
 }
 
+/// "multiply sixteen by four", "take three from ten".
+Answer calculateByVerb(const Request &request) {
+  static const std::map<std::string, std::string> operators{{"add", "plus"},
+                                                            {"subtract", "minus"},
+                                                            {"take", "minus"},
+                                                            {"multiply", "times"},
+                                                            {"divide", "divided by"}};
+  const Operation &operation = operationOf(operators.at(request.slot("verb")));
+  const bool isSubtraction = operation.apply == subtract;
+  const double left = numberAt(request, isSubtraction ? 1 : 0);
+  const double right = numberAt(request, isSubtraction ? 0 : 1);
+  if (operation.apply == divide && right == 0) return {"Nothing can be divided by zero."};
+  return equation(numberText(left, 6) + operation.sign + numberText(right, 6), operation.apply(left, right));
+}
+
 Answer percentage(const Request &request) {
   const double percent = numberAt(request, 0, "percentage");
   const double whole = numberAt(request, 0);
@@ -79,8 +94,16 @@ Answer power(const Request &request) {
   return equation(numberText(base, 6) + '^' + numberText(value, 6), std::pow(base, value));
 }
 
+Answer namedPower(const Request &request) {
+  const double base = numberAt(request, 0, "base");
+  const double value = request.slot("exponent_name") == "square" ? 2 : 3;
+  return equation(numberText(base, 6) + '^' + numberText(value, 6), std::pow(base, value));
+}
+
 Answer root(const Request &request) {
   const double number = numberAt(request, 0, "base");
+  if (request.slot("root_kind").starts_with("cub"))
+    return equation("The cube root of " + numberText(number, 6), std::cbrt(number));
   if (number < 0) return {"A negative number has no real square root."};
   return equation("The square root of " + numberText(number, 6), std::sqrt(number));
 }
@@ -105,6 +128,9 @@ SkillTable arithmeticSkills() {
                 {"base", "[minus] (zero | <below_thousand>) [<fraction>] | a thousand", true},
                 {"operator", "plus | minus | times | multiplied by | divided by | over", true},
                 {"exponent", "squared | cubed", true},
+                {"exponent_name", "square | cube", true},
+                {"root_kind", "square | cube | cubic", true},
+                {"verb", "add | subtract | take | multiply | divide", true},
                 {"share", "half of | half | a third of | a quarter of | double | twice", true}},
       .skills =
           {
@@ -113,15 +139,26 @@ SkillTable arithmeticSkills() {
                calculate,
                {"what is seven plus five", "what is twelve times eleven minus two",
                 "how much is nine hundred divided by four"}},
+              {"arithmetic",
+               "<verb> <decimal> (by | from | to | and | with) <decimal>",
+               calculateByVerb,
+               {"multiply sixteen by four"}},
               {"percent",
-               "<how_much_is> <percentage> percent of <decimal>",
+               "[<how_much_is>] <percentage> percent (of | from) <decimal>",
                percentage,
                {"what is fifteen percent of two hundred"}},
               {"power",
-               "<how_much_is> <base> (<exponent> | to the power of <base>)",
+               "[<how_much_is>] <base> (<exponent> | [raised] to the power [of] <base>)",
                power,
                {"what is two to the power of ten", "what is nine squared"}},
-              {"root", "<how_much_is> the [square] root of <base>", root, {"what is the square root of two"}},
+              {"power",
+               "<how_much_is> the <exponent_name> of <base>",
+               namedPower,
+               {"what is the square of nine"}},
+              {"root",
+               "[<how_much_is>] [the] [<root_kind>] root of <base>",
+               root,
+               {"what is the square root of two"}},
               {"share", "<how_much_is> <share> <base>", part, {"what is half of ninety"}},
           },
   };

@@ -49,15 +49,20 @@ SkillTable chanceSkills() {
                 {"limit", "zero | <below_thousand> | (a | one) (thousand | million)", true}},
       .skills =
           {
-              {"coin", "(flip | toss | throw) (a | the) coin | heads or tails", flipCoin, {"flip a coin"}},
+              {"coin",
+               "(flip | toss | throw) (a | the | my) coin [for me | again] | (heads | head) or (tails | "
+               "tail) | (coin | do a coin) (flip | toss)",
+               flipCoin,
+               {"flip a coin"}},
               {"dice",
-               "(roll | throw) [a | the | <dice_count>] [<sides> sided] (die | dice)",
+               "(roll | throw) [a | the | some | <dice_count>] [<sides> sided] (die | dice) [for me | "
+               "again]",
                rollDice,
                {"roll two dice", "roll a twenty sided die"}},
               {"random number",
-               "((give me | tell me | pick | choose | say | draw | i need | i want) a [random] number | "
-               "random number) "
-               "[(between | from) <limit> (and | to) <limit>]",
+               "((give me | tell me | pick | choose | say | draw | generate | name | i need | i want) (a "
+               "| any | some) [random] number [for me] | [a] random number) [(between | from) <limit> "
+               "(and | to) <limit>]",
                drawNumber,
                {"pick a number between one and ten", "give me a random number"}},
           },

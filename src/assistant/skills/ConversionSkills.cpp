@@ -128,12 +128,13 @@ SkillTable conversionSkills() {
       .skills =
           {
               {"conversion",
-               "(convert | <what_is> | how much is | how much are | what are) <quantity> <unit> (in | into | "
-               "to) <unit>",
+               "(convert | change | turn | <what_is> | how much (is | are) | what are | calculate) "
+               "<quantity> <unit> (in | into | to) <unit>",
                convert,
                {"convert ten miles to kilometers", "what is thirty degrees celsius in fahrenheit"}},
-              {"how many units",
-               "how many <unit> (are in | are there in | is | are | make | in) <quantity> <unit>",
+              {"conversion",
+               "how many <unit> (are in | are there in | is | are | make | in | equal | does | do | is "
+               "in) <quantity> <unit> [have]",
                howMany,
                {"how many feet are in a mile"}},
           },

@@ -71,33 +71,34 @@ SkillTable dateSkills() {
       .skills =
           {
               {"date",
-               "(what | which) day is it [today] | what day is today | what is today | "
-               "what day of the week is it [today] | what day of the week is today | <what_is> today's date "
-               "| "
-               "<what_is> the date [today] | what date is it [today] | what date is today | <what_is> the "
-               "day today | "
-               "(tell me | give me) (the date | today's date) | (tell me | do you know) what day it is "
-               "[today]",
+               "(what | which) (day | date | day of the week | weekday) (is it [today | <now>] | is "
+               "today | do we have [today]) | what is today | <what_is> (today's date | the [current] "
+               "date [today] | the day [of the week] today | today's day) | (tell me | give me | say) "
+               "(the [current] date | today's date | the date today) | (tell me | do you know) (what | "
+               "which) (day | date | day of the week | weekday) it is [today]",
                tellDate,
                {"what day is it", "what's today's date"}},
               {"day of a date",
-               "((what | which) (day | date | day of the week) (is | was | will be | is it | was it | will "
-               "it be) | "
-               "on (what | which) day (is | was | will be | does) | what weekday (is | was) | "
-               "<what_is> the date (of | on)) <day> [fall [on]]",
+               "((what | which) (day | date | day of the week | weekday) (is | was | will be | is it | "
+               "was it | will it be | does) | on (what | which) (day | date | day of the week | weekday) "
+               "(is | was | will be | does | will) | <what_is> the (date | day | day of the week) (of | "
+               "on | for)) <day> [fall [on] | be]",
                tellDay,
                {"what day is the third of may", "what date was last friday", "which day is tomorrow"}},
-              {"when is", "when (is | was) <day>", tellWhen, {"when is christmas"}},
+              {"day of a date",
+               "(when is | when's | when was | when will | tell me when) <day> [this year | is | be]",
+               tellWhen,
+               {"when is christmas"}},
               {"days until",
-               "how (long | many days | many weeks | far) [is it | are there | do we have | is left | are "
-               "left] "
-               "(until | till | away is) <day>",
+               "how (long | many days | many weeks | far) [is it | are there | do we have | do i have | "
+               "is left | are left | are there left | remain | have we got] (until | till | to | before "
+               "| away is) <day>",
                countDays,
                {"how long until christmas", "how many days until the tenth of june"}},
               {"hours until",
-               "how (long | many hours | many minutes | much time) [is it | are there | do i have | do we "
-               "have] "
-               "(until | till) <clock>",
+               "how (long | many hours | many minutes | much time) [is it | are there | do i have | do "
+               "we have | is left | are left | do i have left | is there | remain | to go] (until | till "
+               "| before) <clock>",
                countHours,
                {"how long until noon", "how long is it until half past seven"}},
           },

@@ -50,10 +50,10 @@ SkillTable guessingGame() {
   return {
       .rules = {{"guess", "zero | <below_hundred> | (a | one) hundred", true}},
       .skills = {{"guessing game",
-                  "(let's | let us | can we | could we | i want to | i'd like to) play (a | the) [number] "
-                  "[guessing] game | "
-                  "(play | start) (a | the) [number] [guessing] game [with me] | let me guess a number | "
-                  "think of a number",
+                  "(let's | let us | can we | could we | shall we | i want to | i'd like to | do you want "
+                  "to) play (a | the | some | that) [number] [guessing] game | (play | start | begin) (a | "
+                  "the) [number] [guessing] game [with me] | [the] [number] guessing game | let (me | us) "
+                  "guess [a number] | think of a number | (can i | i want to | i'd like to) guess a number",
                   start,
                   {"let's play a guessing game", "think of a number"}}},
       .questions =

@@ -107,10 +107,11 @@ SkillTable quiz() {
   return {
       .rules = {{"quiz_answer", answerPhrases(), true}},
       .skills = {{"quiz",
-                  "(let's | let us | can we | i want to | i'd like to) (play | do | have) a quiz | "
-                  "(start | play) (a | the) quiz [with me] | quiz me | give me a quiz | ask me (a question | "
-                  "some questions) | "
-                  "(test | check) my knowledge",
+                  "(let's | let us | can we | shall we | i want to | i'd like to | do you want to) (play | "
+                  "do | have | start | take | try) (a | the | another) quiz | (start | play | begin | do) "
+                  "(a | the | another) quiz [with me | game] | quiz me | (give me | i want | i'd like) (a | "
+                  "another) quiz | ask me (a | another | some | a few) (question | questions) | (test | "
+                  "check) (my knowledge | me)",
                   start,
                   {"quiz me", "let's do a quiz"}}},
       .questions = {{kName, "[is it | it is | it's | i think it's | i think it is | that's] <quiz_answer>",

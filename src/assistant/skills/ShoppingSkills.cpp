@@ -122,8 +122,10 @@ std::string keepList(const Conversation &) { return "All right, I keep the list.
 SkillTable shoppingSkills() {
   return {
       .rules = {{"item", kItems, true},
-                {"items", "[some] <item> ([and] [some] <item>)*"},
-                {"list", "[my | the | our] (shopping list | list | grocery list)"},
+                {"items", "[<amount>] <item> ([and] [<amount>] <item>)*"},
+                {"amount",
+                 "some | the | more | a few | any | a bottle of | a pack of | a bag of | a loaf of"},
+                {"list", "[my | the | our] [shopping | grocery] list"},
                 {"yes",
                  "yes | yes please | yeah | sure | of course | okay | go ahead | do it | [yes] clear it | "
                  "please do | "
@@ -135,24 +137,28 @@ SkillTable shoppingSkills() {
       .skills =
           {
               {"add to shopping list",
-               "(add | put) <items> (to | on) <list> | "
-               "((i | we) need [to buy] | (i | we) (have | want) to buy | remind me to buy) <items>",
+               "(add | put | write) <items> [down] (to | on | onto) <list> | ((i | we) need [to (buy | "
+               "get)] | (i | we) (have | want) to (buy | get) | (remind me | don't forget) to (buy | "
+               "get)) <items>",
                addItems,
                {"add milk and eggs to my shopping list", "i need to buy bread"}},
               {"read shopping list",
-               "(<what_is> | what do i have | what do we have) on <list> | read [me] <list> | show [me] "
-               "<list> | "
-               "tell me what is on <list> | what do (i | we) (need to | have to) buy | is there anything on "
-               "<list>",
+               "(<what_is> | what do (i | we) have | what have (i | we) got | is there anything | what's "
+               "written) on <list> | (read | show | tell) [me | out] <list> | (tell me | read me) what "
+               "(is | i have) on <list> | what (do | should | must) (i | we) (need to | have to | still "
+               "need to) (buy | get) | what should (i | we) (buy | get) | what do (i | we) need from the "
+               "store",
                readList,
                {"what is on my shopping list", "what do i need to buy"}},
               {"remove from shopping list",
-               "(remove | take | delete) <items> (from | off) <list> | (i | we) don't need <items> [any "
-               "more]",
+               "(remove | take | delete | drop | cross | strike | erase) <items> (from | off | out of) "
+               "<list> | (i | we) don't need <items> [any more]",
                removeItems,
                {"remove milk from my shopping list"}},
               {"clear shopping list",
-               "(clear | empty | delete | erase) <list> | (remove | delete) everything from <list>",
+               "(clear | empty | delete | erase | wipe) [all of] [my | the | our] [whole | entire] "
+               "[shopping | grocery] list | (remove | delete | erase | clear | take) (everything | all "
+               "items | all) (from | off | on) <list> | (start | begin | make) a new [shopping] list",
                startClearing,
                {"clear my shopping list"}},
           },

@@ -52,36 +52,59 @@ SkillTable smallTalk() {
       .skills =
           {
               {"help",
-               "what can you do [for me] | what can i (say | ask) [you] | what can you help me with | "
-               "(can | could) you help me | how can you help me | help me | i need help | "
-               "what do you know | what else can you do",
+               "what can you do [for me] | what (can | could | should | may) i (say | ask) [you] | what "
+               "can you help [me] with | (can | could) you help [me] | how (can | could | do) you help "
+               "[me] | how (can i | do i) use you | help me | i need [some] help | what (do you know | "
+               "else can you do | are you able to do | can you tell me) | what (kind of | sort of) "
+               "(questions | things) can (i ask [you] | you (do | answer)) | (tell | show) me what you "
+               "can do | show me some examples | what are your skills",
                help,
                {"what can you do"}},
               {"greeting",
-               "hello [there | assistant] | hi there | good (morning | afternoon | evening)",
+               "hello [there | again | assistant] | hi [there | assistant] | hey there | [hi | hello] "
+               "(how's | how is) it going | [hello | hi] good (morning | afternoon | evening) [to you | "
+               "assistant] | nice to meet you",
                greet,
                {"hello there"}},
               {"farewell",
-               "goodbye | bye bye | good night | see you (later | soon | tomorrow)",
+               "goodbye [for now] | bye bye | bye for now | good night [assistant] | see you [later | "
+               "soon | tomorrow | again | around] | talk to you (later | soon | tomorrow) | have a (nice "
+               "| good | great) (day | evening | night | weekend) | until (next time | tomorrow) | take "
+               "care | i have to go [now]",
                farewell,
                {"see you later"}},
               {"thanks",
-               "thank you [very much | so much] | thanks [a lot | very much] | many thanks",
+               "thank you [very much | so much | a lot | again] | (thank you | thanks) for (that | your "
+               "help | the help | everything | helping me) | thanks [a lot | very much | so much | "
+               "again] | many thanks | [thanks | thank you] (that was | that's | that is) [very | "
+               "really] (helpful | great | kind | nice | good | perfect) [of you | thanks | thank you] | "
+               "[great | perfect | okay] (thanks | thank you) | i appreciate (it | that | your help)",
                acceptThanks,
                {"thank you very much"}},
               {"introduction",
-               "who are you | <what_is> your name | what are you | tell me (your name | who you are)",
+               "who are you | <what_is> your name | what are you [called] | tell me (your name | who you "
+               "are | [something] about yourself | what you are) | introduce yourself | who am i "
+               "(talking | speaking) to | what (should | can | do) i call you | do you have a name | are "
+               "you (human | a robot | a computer | a person | real)",
                introduce,
                {"who are you"}},
-              {"well-being", "how are you [doing] [today] | how do you do", tellState, {"how are you"}},
+              {"well-being",
+               "how are you [doing | feeling] [today | <now> | this morning] | how do you (do | feel) "
+               "[today] | how have you been | are you (all right | okay | fine | well) [today] | how is your "
+               "day [going] | how are things [going] | is everything (all right | okay)",
+               tellState,
+               {"how are you"}},
               {"repeat that",
-               "(repeat | say) (that | it) [again] | (repeat | say) that once more | what did you say | "
-               "pardon me | come again | i didn't (hear | catch | get) (that | you) | say again | once more",
+               "(repeat | say) (that | it | your [last] answer | yourself) [again | once more | one more "
+               "time] | (repeat | what was) (the | your) [last] answer | what did you [just] say | what "
+               "was that [again] | pardon [me] | come again | i (didn't | did not) (hear | catch | get | "
+               "understand) (that | you | it) | say again | once more | one more time",
                sayAgain,
                {"repeat that"}},
               {"stop",
-               "never mind | forget (it | about it) | cancel that | be quiet | "
-               "stop (it | that | talking | playing | the game | the quiz)",
+               "never mind | forget (it | about it | that | about that) | cancel [that | it | this] | be "
+               "quiet | (stop | quit) (it | that | this | talking | speaking | playing | the game | the "
+               "quiz) | that's (enough | all) | that is (enough | all) | leave it | no more | shut up",
                acceptStop,
                {"never mind"}},
           },

@@ -127,6 +127,8 @@ Answer tellTimeAt(const Request &request, std::span<const Place> places, const s
   return {(text += preposition) += std::string(place->shown) + '.'};
 }
 
+Answer tellNoTimeBeyond(const Request &) { return {"I only know what time it is on earth."}; }
+
 Answer tellTimeInCity(const Request &request) {
   return tellTimeAt(request, kPlaces, request.slot("city"), " in ");
 }
@@ -143,21 +145,28 @@ SkillTable timeSkills() {
       .skills =
           {
               {"time",
-               "what time is it [now | right now] | what's the time [now] | what is the [current] time [now] "
-               "| "
-               "(tell me | give me) the [current] time | (tell me | do you know) what time it is [now] | "
-               "do you have the time | how late is it",
+               "what time is it [<now>] | what's the time [<now>] | what is the [current | exact] time "
+               "[<now>] | (tell me | give me | say | check) the [current | exact] time | (tell me | do "
+               "you know | say) what time it is [<now>] | (do you have | have you got) the time | how "
+               "late is it [<now>] | what time do we have",
                tellTime,
                {"what time is it", "tell me the time"}},
               {"time in a city",
-               "(what time is it [now | right now] | <what_is> the [current | local] time [now] | "
-               "(tell me | give me | do you know) the [current] time | (tell me | do you know) what time it "
-               "is | "
-               "how late is it) in <city>",
+               "(what time is it [<now>] | <what_is> the [current | local] time [<now>] | (tell me | "
+               "give me | do you know | check) the [current | local] time | (tell me | do you know) what "
+               "time it is [<now>] | how late is it) in <city> [<now>]",
                tellTimeInCity,
                {"what time is it in tokyo", "tell me the time in new york"}},
+              // Without it the recogniser would find the nearest city to it, by its sound.
+              {"time beyond the earth",
+               "(what time is it [<now>] | <what_is> the time [<now>]) on (mars | the moon | venus | jupiter "
+               "| "
+               "mercury | saturn)",
+               tellNoTimeBeyond,
+               {"what time is it on mars"}},
               {"time in a zone",
-               "(what time is it [now] in | <what_is> the [current] | tell me the) <zone> [standard] time",
+               "(what time is it [<now>] in | <what_is> [the] [current] | (tell me | give me) [the] "
+               "[current]) <zone> [standard] time [<now>]",
                tellTimeInZone,
                {"what is the pacific time", "what time is it in greenwich time"}},
           },

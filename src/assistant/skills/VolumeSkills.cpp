@@ -51,27 +51,32 @@ SkillTable volumeSkills() {
       .skills =
           {
               {"volume up",
-               "turn (the volume | it | the sound) up | turn up the (volume | sound) | volume up | [speak | "
-               "talk] louder | "
-               "(speak | talk) up | make it louder | (increase | raise) the volume",
+               "turn (the volume | it | the sound | yourself) up [a (bit | little)] | turn up the "
+               "(volume | sound) | volume up | [(speak | talk | be | get)] [a (bit | little)] louder | "
+               "(speak | talk) up | make it [a (bit | little)] louder | (increase | raise) the volume | "
+               "(you are | you're | that's | it's) too (quiet | soft) | i (can't | cannot) hear you | "
+               "more volume",
                turnUp,
                {"turn the volume up", "speak louder"}},
               {"volume down",
-               "turn (the volume | it | the sound) down | turn down the (volume | sound) | volume down | "
-               "(speak | talk) (quieter | softer | more quietly) | quieter | make it (quieter | softer) | "
-               "(decrease | lower | reduce) the volume | (you are | that's | you're) too loud",
+               "turn (the volume | it | the sound | yourself) down [a (bit | little)] | turn down the "
+               "(volume | sound) | volume down | [(speak | talk | be | make it | get)] [a (bit | "
+               "little)] (quieter | softer) | (speak | talk) [a (bit | little)] more (quietly | softly) "
+               "| (decrease | lower | reduce) the volume | (you are | that's | you're | it's) too loud | "
+               "not so loud | less volume",
                turnDown,
                {"turn the volume down", "speak more quietly"}},
               {"set volume",
-               "(set | change | turn) the volume to <percent> [percent]",
+               "[(set | change | turn | put) [the]] volume [up | down] [to | at] <percent> [percent]",
                setVolume,
                {"set the volume to fifty percent"}},
               {"extreme volume",
-               "(set | turn) the volume to <extreme>",
+               "(set | turn | put) the volume [up | down] to [the] <extreme>",
                setExtreme,
                {"set the volume to maximum"}},
               {"tell volume",
-               "how loud (are you | is it) | <what_is> the volume",
+               "how loud (are you | is it | is the volume) [<now>] | <what_is> (the | your) [current] "
+               "volume [level] [<now>]",
                tellVolume,
                {"what is the volume"}},
           },

@@ -21,7 +21,7 @@ Answer spell(const Request &request) {
 
 Answer repeat(const Request &request) {
   std::string text;
-  for (const std::string &word : request.words.slotsOf("word")) (text += text.empty() ? "" : " ") += word;
+  for (const std::string &word : request.words.slotsOf("said")) (text += text.empty() ? "" : " ") += word;
   text[0] = static_cast<char>(text[0] - 'a' + 'A');
   return {text + '.'};
 }
@@ -33,12 +33,12 @@ SkillTable wordSkills() {
       .skills =
           {
               {"spelling",
-               "(spell | how (do you | do i | to) spell | how is | what is the spelling of) [the word] "
-               "<word> [spelled]",
+               "(spell [out] | how (do you | do i | to | would you | can i) spell | how is | <what_is> "
+               "the spelling of) [the word] <word> [spelled | written | for me]",
                spell,
                {"how do you spell necessary", "spell rhythm"}},
               {"repeating",
-               "(repeat after me | say after me | say the (word | words)) <word>+",
+               "(repeat after me | say after me | repeat the words | say the (word | words)) <said>+",
                repeat,
                {"repeat after me hello world"}},
           },
