@@ -47,10 +47,12 @@ StatusSocket::StatusSocket(const std::filesystem::path &folder)
   }
 }
 
-void StatusSocket::answer(const std::string &text) const {
+bool StatusSocket::answer(const std::string &text) const {
   const Descriptor caller(::accept4(descriptor(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+  if (caller.number() < 0) return false;
   // It fits into the socket's buffer; a caller that is gone already gets nothing.
   [[maybe_unused]] const auto sent = ::send(caller.number(), text.data(), text.size(), MSG_NOSIGNAL);
+  return true;
 }
 
 std::optional<std::string> StatusSocket::ask(const std::filesystem::path &folder) {

@@ -19,7 +19,7 @@ class StatusSocket {
   /// Readable when somebody asks.
   [[nodiscard]] int descriptor() const { return m_listener.number(); }
   /// Gives `text` to whoever has asked first. Never blocks.
-  void answer(const std::string &text) const;
+  [[nodiscard]] bool answer(const std::string &text) const;
 
   /// Asks the service of `folder` for its first line, without its end and in printable ASCII; nothing when
   /// the service lets a second go by.

@@ -42,6 +42,8 @@ constexpr int kUsage = 2;
 constexpr std::chrono::milliseconds kGrace{2000};
 // After this the program ends whatever a decoder may still be doing.
 constexpr std::chrono::milliseconds kLongestStop{2500};
+// ms until a caller at the status socket is looked at again who could not be answered.
+constexpr int kDeafness = 200;
 
 void writeDeployment(const std::filesystem::path &folder, int port) {
   const nlohmann::json deployment{{"host", "127.0.0.1"},
@@ -81,12 +83,16 @@ void serveStatus(int signals, bool stopAtEof, const StatusSocket &socket, const 
   std::array<pollfd, 3> waits{{{.fd = signals, .events = POLLIN, .revents = 0},
                                {.fd = stopAtEof ? STDIN_FILENO : -1, .events = POLLIN, .revents = 0},
                                {.fd = socket.descriptor(), .events = POLLIN, .revents = 0}}};
+  bool isDeaf = false;
   for (;;) {
-    if (::poll(waits.data(), waits.size(), -1) < 0) continue;
+    // Without a free descriptor nobody can be answered, and the caller would still stand at the socket.
+    waits[2].fd = isDeaf ? -1 : socket.descriptor();
+    if (::poll(waits.data(), waits.size(), isDeaf ? kDeafness : -1) < 0) continue;
+    isDeaf = false;
     if (waits[0].revents != 0) return;
     std::array<char, 256> ignored;
     if (waits[1].revents != 0 && ::read(STDIN_FILENO, ignored.data(), ignored.size()) <= 0) return;
-    if (waits[2].revents != 0) socket.answer(statistics.text() + '\n');
+    if (waits[2].revents != 0) isDeaf = !socket.answer(statistics.text() + '\n');
   }
 }
 

@@ -8,6 +8,7 @@
 #include <QTimeZone>
 #include <cctype>
 #include <fstream>
+#include <thread>
 
 #include "assistant/skills/ShoppingList.h"
 #include "foundation/File.h"
@@ -16,6 +17,7 @@
 namespace velmora {
 namespace {
 
+using ::testing::ElementsAre;
 using ::testing::StartsWith;
 
 struct DialogueTest : testing::Test {
@@ -69,6 +71,10 @@ TEST_F(DialogueTest, Answers) {
       {"what date was last saturday", "It was Saturday, 14 November 2026."},
       {"which day is next saturday", "It is Saturday, 28 November 2026."},
       {"when is christmas eve", "It is on Thursday, 24 December 2026."},
+      {"when is thanksgiving", "It is on Thursday, 26 November 2026."},
+      {"what date is easter", "It was Sunday, 5 April 2026."},
+      {"when's easter monday", "It is on Monday, 29 March 2027."},
+      {"when is mother's day", "It is on Sunday, 9 May 2027."},
       {"how many days until new year", "It is 41 days until Friday, 1 January 2027, about 6 weeks."},
       {"how long until tomorrow", "It is 1 day until Sunday, 22 November 2026."},
       {"how long until yesterday", "That was 1 day ago."},
@@ -85,10 +91,15 @@ TEST_F(DialogueTest, Answers) {
       {"what is one million times one million", "1,000,000 × 1,000,000 = 1,000,000,000,000"},
       {"what is one million times a million times a million", "The result is too large for me."},
       {"what is five divided by zero", "Nothing can be divided by zero."},
+      {"take three from ten", "10 − 3 = 7"},
+      {"multiply sixteen by four", "16 × 4 = 64"},
+      {"divide one by zero", "Nothing can be divided by zero."},
       {"what is fifteen percent of eighty", "15% of 80 = 12"},
       {"what is three cubed", "3^3 = 27"},
       {"what is zero to the power of minus one", "That cannot be calculated."},
       {"what is the square root of minus four", "A negative number has no real square root."},
+      {"what's the cube root of minus twenty seven", "The cube root of -27 = -3"},
+      {"what is the square of nine", "9^2 = 81"},
       {"convert minus forty degrees celsius to fahrenheit", "-40° Celsius = -40° Fahrenheit."},
       {"how many grams are in half a pound", "0.5 pounds ≈ 226.8 grams."},
       {"how many miles are in an inch", "1 inch ≈ 0.0000158 miles."},
@@ -97,7 +108,8 @@ TEST_F(DialogueTest, Answers) {
       {"pick a number between nine and five", "My number is 5."},
       {"how do you spell rhythm", "Rhythm: R, H, Y, T, H, M."},
       {"repeat after me hello world", "Hello world."},
-      {"what is the weather like", "I did not understand that."},
+      {"what is the weather like", "I am afraid that is beyond me."},
+      {"what time is it on mars", "I only know what time it is on earth."},
       {"", "I did not understand that."},
       {"seven", "I did not understand that."},
   };
@@ -217,7 +229,9 @@ TEST_F(DialogueTest, OnlyAStateOfItsOwnGoesOn) {
         << c.what;
   // The secret is not for the client to read.
   EXPECT_EQ(genuine.find("guessing"), std::string::npos);
-  now = now.addSecs(15 * 60);
+  now = now.addSecs(-5 * 60);
+  EXPECT_EQ(dialogue.pendingQuestion(genuine), "guessing game") << "the clock was set right";
+  now = now.addSecs(20 * 60);
   EXPECT_EQ(dialogue.pendingQuestion(genuine), "guessing game");
   now = now.addSecs(1);
   EXPECT_EQ(dialogue.pendingQuestion(genuine), "");
@@ -234,6 +248,39 @@ TEST(StateSealTest, KeepsItsKeyFromStartToStart) {
   std::ofstream(file) << "damaged";
   EXPECT_NE(StateSeal::keyIn(file), key);
   EXPECT_THROW((void)StateSeal::keyIn(folder.path() / "no" / "key"), std::runtime_error);
+}
+
+TEST(StateSealTest, TwoThatStartAtOnceHaveOneKey) {
+  const tests::TemporaryFolder folder;
+  for (int round = 0; round < 20; ++round) {
+    const auto file = folder.path() / std::to_string(round);
+    StateSeal::Key one;
+    std::thread other([&] { one = StateSeal::keyIn(file); });
+    const StateSeal::Key two = StateSeal::keyIn(file);
+    other.join();
+    EXPECT_EQ(one, two);
+  }
+}
+
+TEST(ShoppingListTest, TwoProcessesLoseNothingOfOneAnother) {
+  const tests::TemporaryFolder folder;
+  const auto file = folder.path() / "list";
+  const auto addTwenty = [&](const std::string &name) {
+    ShoppingList list(file);
+    for (int i = 0; i < 20; ++i) EXPECT_TRUE(list.add(name + std::to_string(i)));
+  };
+  std::thread other([&] { addTwenty("milk "); });
+  addTwenty("eggs ");
+  other.join();
+  EXPECT_EQ(ShoppingList(file).items().size(), 40U);
+  EXPECT_TRUE(ShoppingList(file).isOnDisk());
+
+  // What could not be written does not hide what another one has written since.
+  ShoppingList kept(folder.path() / "later" / "list");
+  EXPECT_TRUE(kept.add("milk"));
+  std::filesystem::create_directory(folder.path() / "later");
+  EXPECT_TRUE(ShoppingList(folder.path() / "later" / "list").add("bread"));
+  EXPECT_THAT(kept.items(), ElementsAre("bread"));
 }
 
 TEST(ShoppingListTest, IsOnDiskAndHasAnEnd) {

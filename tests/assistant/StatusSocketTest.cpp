@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 #include <poll.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <thread>
@@ -29,7 +30,7 @@ TEST(StatusSocketTest, GivesOnePlainLineHoweverMuchIsSaid) {
     const StatusSocket socket(folder.path());
     std::thread service([&] {
       pollfd wait{.fd = socket.descriptor(), .events = POLLIN, .revents = 0};
-      if (::poll(&wait, 1, -1) == 1) socket.answer(c.said);
+      EXPECT_TRUE(::poll(&wait, 1, -1) == 1 && socket.answer(c.said));
     });
     EXPECT_EQ(StatusSocket::ask(folder.path()), c.told);
     service.join();
@@ -45,6 +46,23 @@ TEST(StatusSocketTest, NobodyWaitsForEverForAServiceThatStandsStill) {
     callers.emplace_back([&] { EXPECT_EQ(StatusSocket::ask(folder.path()), std::nullopt); });
   for (std::thread &caller : callers) caller.join();
   EXPECT_EQ(StatusSocket::ask(folder.path()), std::nullopt) << "those who have gone still stand in the way";
+}
+
+TEST(StatusSocketTest, SaysThatNobodyCouldBeAnswered) {
+  const tests::TemporaryFolder folder;
+  const StatusSocket socket(folder.path());
+  EXPECT_FALSE(socket.answer("x")) << "nobody is there";
+  std::thread caller([&] { EXPECT_EQ(StatusSocket::ask(folder.path()), "x"); });
+  pollfd wait{.fd = socket.descriptor(), .events = POLLIN, .revents = 0};
+  ASSERT_EQ(::poll(&wait, 1, -1), 1);
+  rlimit limit{};
+  ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &limit), 0);
+  const rlimit none{.rlim_cur = 0, .rlim_max = limit.rlim_max};
+  ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
+  EXPECT_FALSE(socket.answer("x")) << "there is no descriptor for the caller";
+  ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &limit), 0);
+  EXPECT_TRUE(socket.answer("x"));
+  caller.join();
 }
 
 TEST(RunningFolderTest, CountsOnlyFoldersOfThisUser) {

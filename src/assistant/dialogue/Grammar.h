@@ -56,6 +56,8 @@ class Grammar {
     int opens = kNone;         ///< slot that begins here: index of its rule
     int closes = kNone;        ///< slot that ends here: index of its rule
   };
+  /// The word that stands for any words at all, one or more.
+  static constexpr std::string_view kAnything = "...";
   static constexpr int kNoWord = -1;
   static constexpr int kNone = -1;
   static constexpr int kStart = 0;

@@ -10,6 +10,7 @@
 #include <stdexcept>
 
 #include "foundation/File.h"
+#include "foundation/FileLock.h"
 
 namespace velmora {
 namespace {
@@ -56,6 +57,7 @@ StateSeal::Key StateSeal::randomKey() {
 
 StateSeal::Key StateSeal::keyIn(const std::filesystem::path &path) {
   Key key;
+  const FileLock lock(path);  // of two services that start at once the second takes the key of the first
   if (std::filesystem::exists(path)) {
     const std::string held = readFile(path);
     if (held.size() == key.size()) {
@@ -105,7 +107,7 @@ std::optional<std::string> StateSeal::open(std::string_view sealed, Time now) co
       EVP_DecryptFinal_ex(context.get(), bytesOf(text) + length, &length) == 1;
   if (!genuine) return std::nullopt;
   const Time then = timeIn(sealed.substr(0, kHeader));
-  if (now < then || now - then > kLifetime) return std::nullopt;
+  if (then - now > kClockSteps || now - then > kLifetime) return std::nullopt;
   return text;
 }
 

@@ -26,6 +26,8 @@ class StateSeal {
   static constexpr std::size_t kLargest = 1024;  ///< bytes of a sealed state
   /// A conversation that was left for so long is over.
   static constexpr std::chrono::minutes kLifetime{15};
+  /// A clock is set right now and then; a state may be from so far in the future.
+  static constexpr std::chrono::minutes kClockSteps{5};
 
   explicit StateSeal(const Key &key) : m_key(key) {}
 
@@ -39,7 +41,8 @@ class StateSeal {
   /// `text` sealed at `now`. Throws `std::length_error` when it would be larger than `kLargest`, and
   /// `std::runtime_error` when the cipher fails.
   [[nodiscard]] std::string seal(std::string_view text, Time now) const;
-  /// What was sealed; nothing when it is not of this key, changed, or older than `kLifetime`.
+  /// What was sealed; nothing when it is not of this key, changed, or older than `kLifetime`, or
+  /// from further in the future than `kClockSteps`.
   [[nodiscard]] std::optional<std::string> open(std::string_view sealed, Time now) const;
 
  private:

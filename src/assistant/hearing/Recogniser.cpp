@@ -7,6 +7,7 @@
 #include <sphinxbase/fsg_model.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdarg>
 #include <cstdio>
@@ -38,6 +39,14 @@ constexpr double kLeastConfidence = -34.0;
 /// understood worse than one with the noise of a quiet room, of this level in dB under the utterance.
 constexpr double kRoom = -33.0;
 
+/// The sounds of the acoustic model. Any words at all are any string of them; the decoder knows each as a
+/// word of its own, with this in front. How likely one more of them is decides how readily what was said is
+/// taken for something outside the grammar.
+constexpr std::array kSounds{"AA", "AE", "AH", "AO", "AW", "AY", "B",  "CH", "D", "DH", "EH", "ER", "EY",
+                             "F",  "G",  "HH", "IH", "IY", "JH", "K",  "L",  "M", "N",  "NG", "OW", "OY",
+                             "P",  "R",  "S",  "SH", "T",  "TH", "UH", "UW", "V", "W",  "Y",  "Z",  "ZH"};
+constexpr double kSoundProbability = 0.1;
+
 struct Release {
   void operator()(cmd_ln_t *config) const { cmd_ln_free_r(config); }
   void operator()(ps_decoder_t *decoder) const { ps_free(decoder); }
@@ -62,19 +71,56 @@ __attribute__((format(printf, 3, 4))) void hearComplaint(void *, err_lvl_t level
   standardErrorSink()(std::string("Speech recognition failed: ") + line);
 }
 
+std::string wordOf(const char *sound) { return std::string(Grammar::kAnything) + sound; }
+
+/// The words of `text` with each string of bare sounds as `Grammar::kAnything`.
+std::string withoutSounds(const char *text) {
+  std::istringstream words(text);
+  std::string result;
+  std::string last;
+  for (std::string word; words >> word; last = word) {
+    if (word.starts_with(Grammar::kAnything)) word = Grammar::kAnything;
+    if (word == Grammar::kAnything && word == last) continue;
+    (result += result.empty() ? "" : " ") += word;
+  }
+  return result;
+}
+
 Owned<fsg_model_t> automatonOf(const Grammar &grammar, ps_decoder_t *decoder, float languageWeight) {
   logmath_t *const logarithms = ps_get_logmath(decoder);
-  Owned<fsg_model_t> automaton(fsg_model_init("grammar", logarithms, languageWeight, grammar.stateCount()));
+  const auto isAnything = [&](const Grammar::Arc &arc) {
+    return arc.word != Grammar::kNoWord &&
+           grammar.words()[static_cast<std::size_t>(arc.word)] == Grammar::kAnything;
+  };
+  // Between the ends of what stands for any words there is a state at which the sounds go round.
+  int state = grammar.stateCount();
+  const auto states =
+      state + static_cast<int>(std::count_if(grammar.arcs().begin(), grammar.arcs().end(), isAnything));
+  Owned<fsg_model_t> automaton(fsg_model_init("grammar", logarithms, languageWeight, states));
   automaton->start_state = Grammar::kStart;
   automaton->final_state = Grammar::kEnd;
-  for (const std::string &word : grammar.words()) fsg_model_word_add(automaton.get(), word.c_str());
+  std::vector<int> words;
+  for (const std::string &word : grammar.words())
+    words.push_back(word == Grammar::kAnything ? Grammar::kNoWord
+                                               : fsg_model_word_add(automaton.get(), word.c_str()));
+  const auto weighted = [&](double probability) {
+    return static_cast<int32>(static_cast<float>(logmath_log(logarithms, probability)) * languageWeight);
+  };
   for (const Grammar::Arc &arc : grammar.arcs()) {
-    const auto probability =
-        static_cast<int32>(static_cast<float>(logmath_log(logarithms, arc.probability)) * languageWeight);
-    if (arc.word == Grammar::kNoWord) {
+    const int32 probability = weighted(arc.probability);
+    if (isAnything(arc)) {
+      for (const char *const sound : kSounds) {
+        const int word = fsg_model_word_add(automaton.get(), wordOf(sound).c_str());
+        fsg_model_trans_add(automaton.get(), arc.from, state, probability + weighted(kSoundProbability),
+                            word);
+        fsg_model_trans_add(automaton.get(), state, state, weighted(kSoundProbability), word);
+      }
+      fsg_model_null_trans_add(automaton.get(), state++, arc.to, 0);
+    } else if (arc.word == Grammar::kNoWord) {
       fsg_model_null_trans_add(automaton.get(), arc.from, arc.to, probability);
     } else {
-      fsg_model_trans_add(automaton.get(), arc.from, arc.to, probability, arc.word);
+      fsg_model_trans_add(automaton.get(), arc.from, arc.to, probability,
+                          words[static_cast<std::size_t>(arc.word)]);
     }
   }
   glist_free(fsg_model_null_trans_closure(automaton.get(), nullptr));
@@ -89,6 +135,10 @@ void addPronunciations(ps_decoder_t *decoder) {
     const std::string word = line.substr(0, blank);
     if (ps_add_word(decoder, word.c_str(), line.c_str() + blank + 1, FALSE) < 0)
       fail("the pronunciation of \"" + word + "\" is not one of the acoustic model");
+  }
+  for (const char *const sound : kSounds) {
+    if (ps_add_word(decoder, wordOf(sound).c_str(), sound, FALSE) < 0)
+      fail(std::string("the acoustic model has no sound ") + sound);
   }
 }
 
@@ -153,7 +203,8 @@ struct Recogniser::Decoder {
       sound += acoustic;
       words += language;
     }
-    return {text, sound / frames, words / frames, static_cast<double>(anywhere - score) / frames};
+    return {withoutSounds(text), sound / frames, words / frames,
+            static_cast<double>(anywhere - score) / frames};
   }
 
   Owned<cmd_ln_t> config;

@@ -18,6 +18,8 @@ int main(int argc, char *argv[]) {
   for (const auto &answers : language.answers())
     missing.insert(answers.grammar.words().begin(), answers.grammar.words().end());
 
+  missing.erase(std::string(velmora::Grammar::kAnything));
+
   std::ofstream out(argv[1]);
   out << "// Made by make-pronunciations.\n#include \"assistant/hearing/Pronunciations.h\"\n\n"
          "namespace velmora {\n\nstd::string_view pronunciations() {\n  return R\"dict(";

@@ -36,6 +36,7 @@ std::vector<std::string> ShoppingList::items() const {
 
 bool ShoppingList::add(const std::string &item) {
   const std::lock_guard lock(m_mutex);
+  const auto alone = lockFile();
   std::vector<std::string> items = read();
   if (std::find(items.begin(), items.end(), item) != items.end()) return true;
   if (items.size() >= kMostItems) return false;
@@ -46,6 +47,7 @@ bool ShoppingList::add(const std::string &item) {
 
 bool ShoppingList::remove(const std::string &item) {
   const std::lock_guard lock(m_mutex);
+  const auto alone = lockFile();
   std::vector<std::string> items = read();
   if (std::erase(items, item) == 0) return false;
   write(items);
@@ -54,6 +56,7 @@ bool ShoppingList::remove(const std::string &item) {
 
 void ShoppingList::clear() {
   const std::lock_guard lock(m_mutex);
+  const auto alone = lockFile();
   write({});
 }
 
@@ -62,8 +65,19 @@ bool ShoppingList::isOnDisk() const {
   return !m_isInMemory;
 }
 
+std::optional<FileLock> ShoppingList::lockFile() const {
+  if (m_file.empty()) return std::nullopt;
+  return std::optional<FileLock>(m_file);
+}
+
+std::filesystem::file_time_type ShoppingList::lastWritten() const {
+  std::error_code none;
+  const auto time = std::filesystem::last_write_time(m_file, none);
+  return none ? std::filesystem::file_time_type::min() : time;
+}
+
 std::vector<std::string> ShoppingList::read() const {
-  if (m_isInMemory) return m_inMemory;
+  if (m_isInMemory && (m_file.empty() || lastWritten() == m_writtenBefore)) return m_inMemory;
   if (!std::filesystem::exists(m_file)) return {};
   std::istringstream lines(readFile(m_file));
   std::vector<std::string> items;
@@ -82,6 +96,7 @@ void ShoppingList::write(const std::vector<std::string> &items) {
   } catch (const std::runtime_error &error) {
     log("Shopping list error: ", error.what());
     m_isInMemory = true;
+    m_writtenBefore = lastWritten();
   }
   m_inMemory = m_isInMemory ? items : std::vector<std::string>();
 }

@@ -4,8 +4,11 @@
 
 #include <filesystem>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
+
+#include "foundation/FileLock.h"
 
 namespace velmora {
 
@@ -18,7 +21,8 @@ class ShoppingList {
   explicit ShoppingList(std::filesystem::path file = {}) : m_file(std::move(file)) {}
 
   // All of them throw `std::runtime_error` with the path and the reason when the file cannot be read; the
-  // list is then as it was before. One that cannot be written is kept in memory, with one line in the log.
+  // list is then as it was before. One that cannot be written is kept in memory, with one line in the log,
+  // until it can, or another process has written the file. Of several processes one at a time changes it.
 
   [[nodiscard]] std::vector<std::string> items() const;
   /// Puts `item` at the end unless it is there already or the list is full. True when it is on the list now.
@@ -31,6 +35,8 @@ class ShoppingList {
 
  private:
   [[nodiscard]] std::vector<std::string> read() const;
+  [[nodiscard]] std::optional<FileLock> lockFile() const;
+  [[nodiscard]] std::filesystem::file_time_type lastWritten() const;
   void write(const std::vector<std::string> &items);
 
   const std::filesystem::path m_file;
@@ -38,6 +44,7 @@ class ShoppingList {
   // Guarded by m_mutex.
   std::vector<std::string> m_inMemory;
   bool m_isInMemory = m_file.empty();
+  std::filesystem::file_time_type m_writtenBefore;  // the file, when it could not be written
 };
 
 }  // namespace velmora

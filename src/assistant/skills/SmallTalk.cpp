@@ -37,6 +37,7 @@ Answer introduce(const Request &) {
   return {"I am Velmora, your assistant. All that you say stays on this machine."};
 }
 Answer tellState(const Request &) { return {"I am fine, thank you. What can I do for you?"}; }
+Answer refuse(const Request &) { return {"I am afraid that is beyond me. You can ask me: what can you do?"}; }
 Answer acceptStop(const Request &) { return {"All right."}; }
 
 Answer sayAgain(const Request &request) {
@@ -101,6 +102,28 @@ SkillTable smallTalk() {
                "understand) (that | you | it) | say again | once more | one more time",
                sayAgain,
                {"repeat that"}},
+              // What people ask of other assistants, and talk that is not meant for one. Without it the
+              // recogniser would find what sounds most like it among the requests that are understood.
+              {"beyond",
+               "(how is | how's | what's | what is | tell me | give me) the (weather | forecast | "
+               "temperature) [like] [today | tomorrow | this weekend | outside | ...] | (will it | is it "
+               "going to | is it) (rain | snow | raining | snowing | cold | hot | sunny | be ...) [...] "
+               "| how (hot | cold | warm) is it [...] | do i need (an umbrella | a jacket | ...) | (set "
+               "| start | cancel | stop) (an | a | the | my) (alarm | timer | reminder) [...] | wake me "
+               "up ... | remind me ... | (call | phone | text | email) ... | (send | write) (a | an) "
+               "(message | email | text | letter) [...] | read [me] (the | my) (news | mail | messages | "
+               "email | ...) | what's (the news | in the news | new) [...] | play (some | the | my | a) "
+               "(music | song | radio | ...) [...] | play ... | turn (on | off) ... | (open | close | "
+               "find | buy | order | book | translate | search | show me | look up) ... | (navigate | "
+               "drive | take me) to ... | how do i (get | make | cook | ...) ... | where (is | are | did "
+               "| can | do) ... | who (is | was | are | wrote | invented | won) ... | why (is | are | do "
+               "| does | did) ... | how (tall | old | far | big | high | fast | heavy) (is | are) ... | "
+               "(what is | what's) the (capital | name | population | meaning) of ... | what time (does "
+               "| do | will) ... | what (should | would | does | did) ... | when (does | did | do) ... | "
+               "(do you | did you | would you | will you) ... | is there ... | (i think | i want to | i "
+               "was | we | he | she | they | my | that | this | and | so | but | dear | the) ... | ...",
+               refuse,
+               {"what's the weather like"}},
               {"stop",
                "never mind | forget (it | about it | that | about that) | cancel [that | it | this] | be "
                "quiet | (stop | quit) (it | that | this | talking | speaking | playing | the game | the "
