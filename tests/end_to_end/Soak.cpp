@@ -37,7 +37,7 @@ using tests::UserSession;
 
 constexpr int kWarm = 20;           // turns, after which nothing may grow
 constexpr int kRound = 25;          // turns, in which everything happens once
-constexpr int kLook = 20;           // turns between two rows of the table
+constexpr int kLook = 10;           // turns between two rows of the table
 constexpr long kMostGrowth = 6000;  // KiB; what an allocator may take without giving it back
 constexpr auto kMoment = 300ms;
 
@@ -216,10 +216,9 @@ class Soak {
     m_session.sound().say(samples, "mic", AudioSource::sampleRate);
     if (!waitFor("Result code ", results + 1, 20s)) return failed("no answer");
     if (logged("Request text: ") > requests) ++m_understood;
-    if (m_turn % 4 == 0) {
-      std::this_thread::sleep_for(kMoment);
-      if (isSpeaking()) UserSession::type({"space"});
-    }
+    // The answer is heard a moment after the service has ended the turn.
+    for (int i = 0; i < 10 && !isSpeaking(); ++i) std::this_thread::sleep_for(100ms);
+    if (m_turn % 4 == 0 && isSpeaking()) UserSession::type({"space"});
     must(
         [this] {
           std::this_thread::sleep_for(100ms);
@@ -233,15 +232,15 @@ class Soak {
     std::cerr << "soak: turn " << m_turn << ": " << why << '\n';
     const std::string &all = m_velmora->out();
     std::cerr << all.substr(all.size() - std::min<std::size_t>(all.size(), 600)) << m_velmora->err();
-    // From the beginning.
+    // From the beginning: whatever was open is closed by a key, and what it knew of that by a click.
     UserSession::type({"Escape"});
-    std::this_thread::sleep_for(kMoment);
-    (void)Program(VELMORA, {"--listen"}, UserSession::environment()).wait();
-    m_isOpen = true;
-    std::this_thread::sleep_for(kMoment);
+    std::this_thread::sleep_for(3 * kMoment);
     m_listened = logged("audio listening..");
-    UserSession::type({"space"});
+    UserSession::clickIcon();
+    m_isOpen = waitFor("audio listening..", m_listened + 1, 3s);
+    close();
     std::this_thread::sleep_for(1s);
+    m_listened = logged("audio listening..");
   }
 
   void look() {
