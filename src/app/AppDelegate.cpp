@@ -145,7 +145,8 @@ void AppDelegate::showFirstRunHint() {
       m_hintIsWanted = true;
       return;
     }
-    m_popOverController = std::make_unique<INPopoverController>(&m_hint);
+    m_hint = std::make_unique<popOverView>();
+    m_popOverController = std::make_unique<INPopoverController>(m_hint.get());
     m_popOverController->setStaysOnScreen(true);
     m_popOverController->presentPopoverFromRect(QRectF(*button), nullptr, ArrowDirection::up, true);
     m_userDefaults.setObject(true, kIsFirstTimeKey);

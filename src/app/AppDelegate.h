@@ -136,7 +136,7 @@ class AppDelegate final : public AssistantHost {
   Popover m_popover;
   std::unique_ptr<Authenticator> m_authenticator;  // null without a deployment
   bool m_isAssisViewOpen = false;
-  popOverView m_hint;
+  std::unique_ptr<popOverView> m_hint;  // null until it is shown
   std::unique_ptr<INPopoverController> m_popOverController = std::make_unique<INPopoverController>();
   std::unique_ptr<SpeechRecognizer> m_recognizer;
 
