@@ -24,16 +24,6 @@ namespace velmora {
 namespace {
 
 constexpr auto kCommands = "commands";
-constexpr auto kPhones = "phones";
-
-// What speaks for a sentence of the grammar, in log likelihood a frame of 10 ms: that its sound fits nearly
-// as well as the best string of bare phones does, which what is forced into the grammar does not; that it is
-// a plain one, for among so many numbers some always fits; and that it was said to its end, for what breaks
-// off fits much better as a fragment. The weights are a logistic regression over the tuned half of
-// bench/understanding, the threshold lets about one in thirty others pass there.
-constexpr double kLanguageWeight = 2.7;
-constexpr double kIncompleteWeight = 4.0;
-constexpr double kLeastConfidence = -34.0;
 
 /// The acoustic model has never heard digital silence: a recording whose pauses hold nothing at all is
 /// understood worse than one with the noise of a quiet room, of this level in dB under the utterance.
@@ -45,7 +35,9 @@ constexpr double kRoom = -33.0;
 constexpr std::array kSounds{"AA", "AE", "AH", "AO", "AW", "AY", "B",  "CH", "D", "DH", "EH", "ER", "EY",
                              "F",  "G",  "HH", "IH", "IY", "JH", "K",  "L",  "M", "N",  "NG", "OW", "OY",
                              "P",  "R",  "S",  "SH", "T",  "TH", "UH", "UW", "V", "W",  "Y",  "Z",  "ZH"};
-constexpr double kSoundProbability = 0.1;
+constexpr double kSoundProbability = 0.08;
+/// How likely it is that not even the beginning belongs to a sentence of the grammar.
+constexpr double kNothingKnown = 0.02;
 
 struct Release {
   void operator()(cmd_ln_t *config) const { cmd_ln_free_r(config); }
@@ -86,29 +78,32 @@ std::string withoutSounds(const char *text) {
   return result;
 }
 
+/// The decoder's form of `grammar`, and beside it any words at all.
 Owned<fsg_model_t> automatonOf(const Grammar &grammar, ps_decoder_t *decoder, float languageWeight) {
   logmath_t *const logarithms = ps_get_logmath(decoder);
-  const auto isAnything = [&](const Grammar::Arc &arc) {
-    return arc.word != Grammar::kNoWord &&
-           grammar.words()[static_cast<std::size_t>(arc.word)] == Grammar::kAnything;
-  };
+  std::vector<Grammar::Arc> arcs(grammar.arcs().begin(), grammar.arcs().end());
+  std::vector<std::string> words = grammar.words();
+  auto anything = static_cast<int>(std::find(words.begin(), words.end(), Grammar::kAnything) - words.begin());
+  arcs.push_back(
+      {.from = Grammar::kStart, .to = Grammar::kEnd, .word = anything, .probability = kNothingKnown});
   // Between the ends of what stands for any words there is a state at which the sounds go round.
   int state = grammar.stateCount();
-  const auto states =
-      state + static_cast<int>(std::count_if(grammar.arcs().begin(), grammar.arcs().end(), isAnything));
+  const auto states = state + static_cast<int>(std::count_if(arcs.begin(), arcs.end(), [&](const auto &arc) {
+                        return arc.word == anything;
+                      }));
   Owned<fsg_model_t> automaton(fsg_model_init("grammar", logarithms, languageWeight, states));
   automaton->start_state = Grammar::kStart;
   automaton->final_state = Grammar::kEnd;
-  std::vector<int> words;
-  for (const std::string &word : grammar.words())
-    words.push_back(word == Grammar::kAnything ? Grammar::kNoWord
-                                               : fsg_model_word_add(automaton.get(), word.c_str()));
+  std::vector<int> numbers;
+  for (const std::string &word : words)
+    numbers.push_back(word == Grammar::kAnything ? Grammar::kNoWord
+                                                 : fsg_model_word_add(automaton.get(), word.c_str()));
   const auto weighted = [&](double probability) {
     return static_cast<int32>(static_cast<float>(logmath_log(logarithms, probability)) * languageWeight);
   };
-  for (const Grammar::Arc &arc : grammar.arcs()) {
+  for (const Grammar::Arc &arc : arcs) {
     const int32 probability = weighted(arc.probability);
-    if (isAnything(arc)) {
+    if (arc.word == anything) {
       for (const char *const sound : kSounds) {
         const int word = fsg_model_word_add(automaton.get(), wordOf(sound).c_str());
         fsg_model_trans_add(automaton.get(), arc.from, state, probability + weighted(kSoundProbability),
@@ -120,7 +115,7 @@ Owned<fsg_model_t> automatonOf(const Grammar &grammar, ps_decoder_t *decoder, fl
       fsg_model_null_trans_add(automaton.get(), arc.from, arc.to, probability);
     } else {
       fsg_model_trans_add(automaton.get(), arc.from, arc.to, probability,
-                          words[static_cast<std::size_t>(arc.word)]);
+                          numbers[static_cast<std::size_t>(arc.word)]);
     }
   }
   glist_free(fsg_model_null_trans_closure(automaton.get(), nullptr));
@@ -161,50 +156,22 @@ std::vector<std::int16_t> withRoom(std::span<const std::int16_t> utterance) {
 }  // namespace
 
 struct Recogniser::Decoder {
-  Decoder() = default;
-  Decoder(const Decoder &) = delete;
-  Decoder &operator=(const Decoder &) = delete;
-  ~Decoder() {
-    // The search for phones lets go of its last result when it begins another one, and at no other time.
-    if (!handle || ps_set_search(handle.get(), kPhones) < 0) return;
-    ps_start_utt(handle.get());
-    ps_end_utt(handle.get());
-  }
-
-  struct Result {
-    std::string text = {};
-    double sound = 0.0;       ///< how well it fits, a frame
-    double language = 0.0;    ///< how likely the words are, a frame
-    double incomplete = 0.0;  ///< how much better it would be, a frame, if it might stop anywhere
-  };
-
-  Result decode(const char *search, std::span<const std::int16_t> samples) const {
+  Recognition decode(const std::string &search, std::span<const std::int16_t> samples) const {
     // The stream is begun anew for each pass: the means of the cepstrum are those of the whole utterance and
     // of nothing before it.
     ps_decoder_t *const decoder = handle.get();
-    if (ps_set_search(decoder, search) < 0 || ps_start_stream(decoder) < 0 || ps_start_utt(decoder) < 0 ||
-        ps_process_raw(decoder, samples.data(), samples.size(), FALSE, TRUE) < 0) {
+    if (ps_set_search(decoder, search.c_str()) < 0 || ps_start_stream(decoder) < 0 ||
+        ps_start_utt(decoder) < 0 ||
+        ps_process_raw(decoder, samples.data(), samples.size(), FALSE, TRUE) < 0 || ps_end_utt(decoder) < 0) {
       throw std::runtime_error("Speech recognition failed");
     }
-    // Before its end, an utterance may stop anywhere in the grammar, and after it at the end of a sentence
-    // only.
-    int32 anywhere = 0;
-    (void)ps_get_hyp(decoder, &anywhere);
-    if (ps_end_utt(decoder) < 0) throw std::runtime_error("Speech recognition failed");
     int32 score = 0;
-    const char *const text = ps_get_hyp(decoder, &score);
+    const char *const words = ps_get_hyp(decoder, &score);
     const int frames = ps_get_n_frames(decoder);
-    if (frames == 0 || !text) return {};
-    double sound = 0.0;
-    double words = 0.0;
-    for (ps_seg_t *part = ps_seg_iter(decoder); part; part = ps_seg_next(part)) {
-      int32 acoustic = 0, language = 0, backoff = 0;
-      (void)ps_seg_prob(part, &acoustic, &language, &backoff);
-      sound += acoustic;
-      words += language;
-    }
-    return {withoutSounds(text), sound / frames, words / frames,
-            static_cast<double>(anywhere - score) / frames};
+    if (frames == 0 || !words) return {};
+    std::string text = withoutSounds(words);
+    const bool isKnown = text != Grammar::kAnything;
+    return {std::move(text), isKnown, static_cast<double>(score) / frames};
   }
 
   Owned<cmd_ln_t> config;
@@ -216,10 +183,7 @@ std::filesystem::path Recogniser::defaultModel() { return VELMORA_SPEECH_MODEL; 
 Recogniser::Recogniser(const Language &language, const std::filesystem::path &model)
     : m_decoder(std::make_unique<Decoder>()) {
   const auto acoustics = model / "en-us";
-  const auto phones = model / "en-us-phone.lm.bin";
-  for (const auto &part : {acoustics, phones}) {
-    if (!std::filesystem::exists(part)) fail("there is no " + part.string());
-  }
+  if (!std::filesystem::exists(acoustics)) fail("there is no " + acoustics.string());
 
   // The library's log is global.
   static std::mutex making;
@@ -228,11 +192,9 @@ Recogniser::Recogniser(const Language &language, const std::filesystem::path &mo
   err_set_callback(&hearComplaint, nullptr);
 
   // Wide beams: the grammars are small, and a right sentence that was pruned is lost. The weight keeps long
-  // numbers out of what was said in a few words. With only the active senones computed, scores would be
-  // relative to the best of those, and those of two searches could not be compared.
+  // numbers out of what was said in a few words.
   m_decoder->config.reset(cmd_ln_init(nullptr, ps_args(), TRUE, "-hmm", acoustics.c_str(), "-beam", "1e-60",
-                                      "-wbeam", "1e-40", "-pbeam", "1e-60", "-lw", "6", "-compallsen", "yes",
-                                      "-allphone_ci", "yes", nullptr));
+                                      "-wbeam", "1e-40", "-pbeam", "1e-60", "-lw", "6", nullptr));
   if (!m_decoder->config) fail("its settings are refused");
   m_decoder->handle.reset(ps_init(m_decoder->config.get()));
   cmd_ln_t *const config = m_decoder->config.get();
@@ -247,34 +209,17 @@ Recogniser::Recogniser(const Language &language, const std::filesystem::path &mo
   };
   add(kCommands, language.commands());
   for (const Language::Answers &answers : language.answers()) add(answers.question->name, answers.grammar);
-
-  // Each search takes the settings of the moment it is added. The phones only tell how well the best of them
-  // would fit, for which narrow beams are enough.
-  cmd_ln_set_float_r(config, "-beam", 1e-20);
-  cmd_ln_set_float_r(config, "-pbeam", 1e-20);
-  cmd_ln_set_float_r(config, "-lw", 2.0);
-  if (ps_set_allphone_file(decoder, kPhones, phones.c_str()) < 0) {
-    fail("the phone model " + phones.string() + " cannot be read");
-  }
 }
 
 Recogniser::~Recogniser() = default;
 
 Recognition Recogniser::recognise(std::span<const std::int16_t> utterance, const std::string &question) {
   const auto heard = withRoom(utterance);
-  const double phones = m_decoder->decode(kPhones, heard).sound;
-  const auto recogniseAs = [&](const std::string &search) -> Recognition {
-    const Decoder::Result result = m_decoder->decode(search.c_str(), heard);
-    if (result.text.empty()) return {};
-    const double confidence =
-        result.sound - phones + kLanguageWeight * result.language - kIncompleteWeight * result.incomplete;
-    return {result.text, confidence >= kLeastConfidence, confidence};
-  };
-  if (question.empty()) return recogniseAs(kCommands);
+  if (question.empty()) return m_decoder->decode(kCommands, heard);
   // An answer is much more likely than a new request; that one is looked for where no answer fits.
-  Recognition answer = recogniseAs(question);
+  Recognition answer = m_decoder->decode(question, heard);
   if (answer.confident) return answer;
-  Recognition request = recogniseAs(kCommands);
+  Recognition request = m_decoder->decode(kCommands, heard);
   return request.confident ? request : answer;
 }
 

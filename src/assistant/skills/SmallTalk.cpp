@@ -121,7 +121,7 @@ SkillTable smallTalk() {
                "(what is | what's) the (capital | name | population | meaning) of ... | what time (does "
                "| do | will) ... | what (should | would | does | did) ... | when (does | did | do) ... | "
                "(do you | did you | would you | will you) ... | is there ... | (i think | i want to | i "
-               "was | we | he | she | they | my | that | this | and | so | but | dear | the) ... | ...",
+               "was | we | he | she | they | my | that | this | and | so | but | dear | the) ...",
                refuse,
                {"what's the weather like"}},
               {"stop",
