@@ -56,7 +56,7 @@ class Grammar {
     int opens = kNone;         ///< slot that begins here: index of its rule
     int closes = kNone;        ///< slot that ends here: index of its rule
   };
-  /// The word that stands for any words at all, one or more.
+  /// The word that stands for any words at all, one or more, at the end of a sentence.
   static constexpr std::string_view kAnything = "...";
   static constexpr int kNoWord = -1;
   static constexpr int kNone = -1;

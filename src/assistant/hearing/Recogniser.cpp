@@ -86,12 +86,10 @@ Owned<fsg_model_t> automatonOf(const Grammar &grammar, ps_decoder_t *decoder, fl
   auto anything = static_cast<int>(std::find(words.begin(), words.end(), Grammar::kAnything) - words.begin());
   arcs.push_back(
       {.from = Grammar::kStart, .to = Grammar::kEnd, .word = anything, .probability = kNothingKnown});
-  // Between the ends of what stands for any words there is a state at which the sounds go round.
-  int state = grammar.stateCount();
-  const auto states = state + static_cast<int>(std::count_if(arcs.begin(), arcs.end(), [&](const auto &arc) {
-                        return arc.word == anything;
-                      }));
-  Owned<fsg_model_t> automaton(fsg_model_init("grammar", logarithms, languageWeight, states));
+  // What stands for any words ends a sentence: from wherever it begins, the sounds go round at one state.
+  const int before = grammar.stateCount();
+  const int among = before + 1;
+  Owned<fsg_model_t> automaton(fsg_model_init("grammar", logarithms, languageWeight, among + 1));
   automaton->start_state = Grammar::kStart;
   automaton->final_state = Grammar::kEnd;
   std::vector<int> numbers;
@@ -104,13 +102,7 @@ Owned<fsg_model_t> automatonOf(const Grammar &grammar, ps_decoder_t *decoder, fl
   for (const Grammar::Arc &arc : arcs) {
     const int32 probability = weighted(arc.probability);
     if (arc.word == anything) {
-      for (const char *const sound : kSounds) {
-        const int word = fsg_model_word_add(automaton.get(), wordOf(sound).c_str());
-        fsg_model_trans_add(automaton.get(), arc.from, state, probability + weighted(kSoundProbability),
-                            word);
-        fsg_model_trans_add(automaton.get(), state, state, weighted(kSoundProbability), word);
-      }
-      fsg_model_null_trans_add(automaton.get(), state++, arc.to, 0);
+      fsg_model_null_trans_add(automaton.get(), arc.from, before, probability);
     } else if (arc.word == Grammar::kNoWord) {
       fsg_model_null_trans_add(automaton.get(), arc.from, arc.to, probability);
     } else {
@@ -118,6 +110,12 @@ Owned<fsg_model_t> automatonOf(const Grammar &grammar, ps_decoder_t *decoder, fl
                           numbers[static_cast<std::size_t>(arc.word)]);
     }
   }
+  for (const char *const sound : kSounds) {
+    const int number = fsg_model_word_add(automaton.get(), wordOf(sound).c_str());
+    for (const int state : {before, among})
+      fsg_model_trans_add(automaton.get(), state, among, weighted(kSoundProbability), number);
+  }
+  fsg_model_null_trans_add(automaton.get(), among, Grammar::kEnd, 0);
   glist_free(fsg_model_null_trans_closure(automaton.get(), nullptr));
   return automaton;
 }
