@@ -299,5 +299,22 @@ TEST(AudioEngine, AFrozenServerHoldsNobodyUp) {
   EXPECT_EQ(log.lines().size(), 2U) << ::testing::PrintToString(log.lines());
 }
 
+TEST(AudioEngine, AStreamThatWasAskedForInVainIsNotLeftOpen) {
+  SoundServer server;
+  AudioEngine engine;
+  engine.start();
+  ASSERT_TRUE(eventually([&] { return engine.state() == State::running; }));
+  engine.stop();
+  ASSERT_TRUE(eventually([&] { return !server.isHeardBySomebody(); }));
+  server.freeze();
+  engine.start();
+  std::this_thread::sleep_for(100ms);  // that it asks before it stops, which nobody tells
+  engine.stop();
+  server.thaw();
+  // Whatever was asked for has been answered when something later has.
+  EXPECT_TRUE(lists({"mic"}));
+  EXPECT_TRUE(eventually([&] { return !server.isHeardBySomebody(); }));
+}
+
 }  // namespace
 }  // namespace velmora

@@ -82,6 +82,8 @@ class SoundServer {
 
   /// Runs `pactl` and gives what it says.
   std::string control(const std::vector<std::string> &arguments) const;
+  /// Whether some program has a microphone open.
+  [[nodiscard]] bool isHeardBySomebody() const;
   /// The value of PULSE_SERVER for other programs.
   [[nodiscard]] std::string address() const;
 

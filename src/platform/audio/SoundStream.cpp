@@ -40,11 +40,26 @@ struct SoundStream::Stream {
       pa_operation_cancel(draining);
       pa_operation_unref(draining);
     }
+    // One that the server has not answered for cannot be closed yet, and would stay open there without us.
+    if (pa_stream_get_state(stream) == PA_STREAM_CREATING) {
+      pa_stream_set_state_callback(stream, closeOnceMade, nullptr);
+      return;
+    }
     pa_stream_disconnect(stream);
     pa_stream_unref(stream);
   }
   Stream(const Stream &) = delete;
   Stream &operator=(const Stream &) = delete;
+
+  static void closeOnceMade(pa_stream *stream, void * /*self*/) {
+    const pa_stream_state_t state = pa_stream_get_state(stream);
+    if (state == PA_STREAM_READY) {
+      pa_stream_disconnect(stream);
+    } else if (!PA_STREAM_IS_GOOD(state)) {
+      pa_stream_set_state_callback(stream, nullptr, nullptr);
+      pa_stream_unref(stream);
+    }
+  }
 
   // The call of the owner comes last: it may end this object.
   void changed() const {
