@@ -275,7 +275,10 @@ void AppDelegate::toggleAssistant() {
     return;
   }
   m_assistantWindow.showWindow(anchor());
-  MainQueue::main().after(kBeforeListening, m_alive, [this] { m_assistantWindow.startListening(); });
+  MainQueue::main().after(kBeforeListening, m_alive, [this] {
+    // Not when it was closed meanwhile: nobody would see that the microphone is open.
+    if (m_isAssisViewOpen && m_assistantWindow.isVisible()) m_assistantWindow.startListening();
+  });
 }
 
 void AppDelegate::openAssistant(bool listens) {

@@ -120,7 +120,8 @@ class AppDelegate final : public AssistantHost {
 
   UserDefaults &m_userDefaults;
   const bool m_isLocal;
-  std::optional<Deployment> m_deployment;  // absent while the local assistant does not serve
+  std::optional<Deployment> m_deployment;                  // absent while the local assistant does not serve
+  std::unique_ptr<LocalAssistantKeeper> m_localAssistant;  // goes after all that talks to it
 
   QMenu m_loginMenu;
   std::shared_ptr<AAShortCut> m_shortCut;
@@ -149,7 +150,6 @@ class AppDelegate final : public AssistantHost {
   UserDefaults::Observation m_inputDevice;
   NotificationCenter::Observation m_reachability;
   NotificationCenter::Observation m_shortCutPress;
-  std::unique_ptr<LocalAssistantKeeper> m_localAssistant;
   Alive m_alive;
 };
 

@@ -2,17 +2,22 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // velmora: the voice assistant in the status bar.
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <QApplication>
 #include <QIcon>
 #include <QLocale>
 #include <csignal>
 #include <iostream>
 #include <string>
+#include <string_view>
 
 #include "app/AppDelegate.h"
 #include "app/ApplicationOptions.h"
 #include "app/SingleInstance.h"
 #include "app/TerminationSignals.h"
+#include "foundation/Log.h"
 #include "foundation/StandardStreams.h"
 #include "ui/Translations.h"
 #include "ui/preferences/PreferenceKeys.h"
@@ -32,6 +37,22 @@ std::optional<Deployment> configuredDeployment(const ApplicationOptions &options
 int failed(const std::string &what, int status) {
   std::cerr << "velmora: " << what << '\n';
   return status;
+}
+
+/// Where the desktop keeps what a program prints, it shall not keep what the user says.
+LogSink sinkForWhoReads() {
+  struct stat output {};
+  if (::fstat(STDOUT_FILENO, &output) != 0 || !S_ISSOCK(output.st_mode)) return standardOutputSink();
+  return [print = standardOutputSink()](std::string_view line) {
+    if (!line.starts_with("Request text: ")) print(line);
+  };
+}
+
+/// Without one the toolkit ends the program with a page of advice.
+bool hasDisplay() {
+  for (const char *name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+    if (!qEnvironmentVariableIsEmpty(name)) return true;
+  return false;
 }
 
 int runApplication(const ApplicationOptions &options) {
@@ -71,6 +92,10 @@ int runProgram(int argc, char **argv) {
   try {
     const auto options = ApplicationOptions::parse({argv + (argc > 0 ? 1 : 0), argv + argc});
     if (!options) return std::cout ? 0 : kFailed;
+    if (!hasDisplay()) {
+      return failed("there is no display to show it on; velmora-converse works without one", kFailed);
+    }
+    setLogSink(sinkForWhoReads());
     QCoreApplication::setApplicationName(QStringLiteral("velmora"));
     QCoreApplication::setApplicationVersion(QStringLiteral(VELMORA_VERSION));
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Velmora"));

@@ -329,7 +329,7 @@ void AssistantScreen::display(bool microphoneHidden, bool plotHidden) {
   const bool takesFocus = !isFocusElsewhere();
   m_ui->microphoneButton->setHidden(microphoneHidden);
   m_plot->setHidden(plotHidden);
-  m_ui->waveformView->setFocusPolicy(plotHidden ? Qt::NoFocus : Qt::StrongFocus);
+  m_ui->waveformView->setHidden(plotHidden);
   setPagesHidden(plotHidden);
   // With neither of the others it speaks.
   m_ui->speakerButton->setVisible(microphoneHidden && plotHidden);

@@ -226,6 +226,17 @@ TEST_F(Desktop, ADayOfItsUser) {
   ASSERT_TRUE(sees("push button", "Talk"));
   EXPECT_FALSE(isShown("Listening…"));
 
+  // A double click opens and closes: the microphone stays closed.
+  ASSERT_TRUE(type({"Escape"}));
+  ASSERT_TRUE(seesNoMore("push button", "Talk"));
+  ASSERT_TRUE(clickIcon());  // finds what it opened closed already
+  std::this_thread::sleep_for(2 * kMoment);
+  ASSERT_TRUE(xdotool({"mousemove", "1268", "12", "click", "--repeat", "2", "--delay", "60", "1"}));
+  std::this_thread::sleep_for(3 * kMoment);
+  EXPECT_FALSE(m_sound.isHeardBySomebody());
+  ASSERT_TRUE(clickIcon());
+  ASSERT_TRUE(sees("label", "Listening…"));
+
   // Escape closes; then the shortcut reaches it whoever has the focus. The first press finds what it opened
   // closed already.
   ASSERT_TRUE(type({"Escape"}));

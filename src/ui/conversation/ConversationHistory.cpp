@@ -34,6 +34,11 @@ ConversationHistory::ConversationHistory(QWidget *parent)
   setFocusPolicy(Qt::TabFocus);
   setStyleSheet(
       QStringLiteral("QScrollArea, QWidget#conversation { background: transparent; }"
+                     "QScrollBar:vertical { background: transparent; width: 8px; }"
+                     "QScrollBar::handle:vertical { background: #8a8d8d; border-radius: 4px;"
+                     "  min-height: 24px; }"
+                     "QScrollBar::add-line, QScrollBar::sub-line { height: 0; }"
+                     "QScrollBar::add-page, QScrollBar::sub-page { background: transparent; }"
                      "QLabel { color: #f4f4f4; }"
                      "QLabel#request { color: #c3c6c6; }"));
   auto *const conversation = new QWidget;
@@ -59,12 +64,13 @@ void ConversationHistory::endExchange(const QString &request) {
   const QString answer = m_answer->text();
   setAnswer({});
   verticalScrollBar()->setValue(0);
-  if (request.isEmpty() && answer.isEmpty()) return;
+  // That nothing was heard is not worth keeping.
+  if (request.isEmpty()) return;
   auto *const exchange = new QWidget;
   auto *const layout = new QVBoxLayout(exchange);
   layout->setContentsMargins(0, 0, 0, 0);
   layout->setSpacing(kBetweenLines);
-  if (!request.isEmpty()) layout->addWidget(line(request, "request"));
+  layout->addWidget(line(request, "request"));
   if (!answer.isEmpty()) layout->addWidget(line(answer, "answer"));
   m_earlier->insertWidget(0, exchange);
   while (m_earlier->count() > kLongest) delete m_earlier->itemAt(kLongest)->widget();
