@@ -8,7 +8,6 @@
 //
 //   bench_start [SECONDS [start|turns|idle]]        of idleness, 60 by default; one part only
 #include <fcntl.h>
-#include <signal.h>
 #include <sys/wait.h>
 #include <xcb/xcb.h>
 
@@ -18,6 +17,7 @@
 #include <chrono>
 #include <cmath>
 #include <condition_variable>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <deque>

@@ -6,11 +6,10 @@
 // or a thread, a descriptor or a child is left over.
 //
 //   velmora-soak TURNS
-#include <signal.h>
-
 #include <QCoreApplication>
 #include <algorithm>
 #include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>

@@ -91,8 +91,7 @@ ProcessFigures ProcessFigures::of(pid_t process) {
   std::error_code ignored;
   return {.proportional = numberIn(folder / "smaps_rollup", "Pss:"),
           .resident = numberIn(folder / "smaps_rollup", "Rss:"),
-          .own = numberIn(folder / "smaps_rollup", "Private_Dirty:") +
-                 numberIn(folder / "smaps_rollup", "Private_Clean:"),
+          .own = numberIn(folder / "smaps_rollup", "Private_Dirty:"),
           .threads = numberIn(folder / "status", "Threads:"),
           .descriptors = std::distance(fs::directory_iterator(folder / "fd", ignored), {}),
           .children = static_cast<long>(childrenOf(process).size())};

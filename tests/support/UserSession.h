@@ -60,7 +60,7 @@ class UserSession {
 struct ProcessFigures {
   long proportional = 0;  ///< KiB of memory, shared pages divided among those who share them
   long resident = 0;      ///< KiB
-  long own = 0;           ///< KiB that no other process has
+  long own = 0;           ///< KiB that it has written itself, whoever else maps the same files
   long threads = 0;
   long descriptors = 0;
   long children = 0;
