@@ -30,7 +30,7 @@ class EndOfUtterance {
   };
 
   struct Limits {
-    std::chrono::milliseconds hangOver{720};   ///< silence that ends a request; people pause for up to 600 ms
+    std::chrono::milliseconds hangOver{700};   ///< silence that ends a request; people pause for up to 600 ms
     std::chrono::milliseconds patience{8000};  ///< how long to wait for speech
     std::chrono::milliseconds longest{20000};  ///< a request is cut here, so that babble ends some time
   };

@@ -33,8 +33,9 @@ SkillTable wordSkills() {
       .skills =
           {
               {"spelling",
-               "(spell [out] | how (do you | do i | to | would you | can i) spell | how is | <what_is> "
-               "the spelling of) [the word] <word> [spelled | written | for me]",
+               "(spell [out] | how (do you | do i | to | would you | can i) spell | "
+               "<what_is> the spelling of) [the word] <word> [for me] | "
+               "how is [the word] <word> (spelled | written)",
                spell,
                {"how do you spell necessary", "spell rhythm"}},
               {"repeating",
