@@ -22,14 +22,14 @@ namespace velmora {
 struct Recognition {
   std::string
       text;  ///< words in lower case with single spaces, `Grammar::kAnything` for others; may be empty
-  bool confident = false;   ///< false: nothing that was said belongs to the grammar
-  double confidence = 0.0;  ///< how well the text fits the sound: log likelihood a frame of 10 ms
+  bool confident = false;   ///< false: what was said is most likely none of the grammar's sentences
+  double confidence = 0.0;  ///< what `confident` was decided by: log likelihood per frame, weighted
 };
 
 /// A decoder with the grammars of a language. One thread at a time; several may be made at once.
 class Recogniser {
  public:
-  /// The folder of the acoustic model (en-us/) as installed.
+  /// The folder of the acoustic model (en-us/) and the phone model (en-us-phone.lm.bin) as installed.
   [[nodiscard]] static std::filesystem::path defaultModel();
 
   /// Throws `std::runtime_error` with one line that says which part of the model is missing.
