@@ -110,18 +110,18 @@ SkillTable smallTalk() {
                "going to | is it) (rain | snow | raining | snowing | cold | hot | sunny | be ...) [...] "
                "| how (hot | cold | warm) is it [...] | do i need (an umbrella | a jacket | ...) | (set "
                "| start | cancel | stop) (an | a | the | my) (alarm | timer | reminder) [...] | wake me "
-               "up ... | remind me ... | (call | phone | text | email) ... | (send | write) (a | an) "
-               "(message | email | text | letter) [...] | read [me] (the | my) (news | mail | messages | "
-               "email | ...) | what's (the news | in the news | new) [...] | play (some | the | my | a) "
-               "(music | song | radio | ...) [...] | play ... | turn (on | off) ... | (open | close | "
-               "find | buy | order | book | translate | search | show me | look up) ... | (navigate | "
-               "drive | take me) to ... | how do i (get | make | cook | ...) ... | where (is | are | did "
-               "| can | do) ... | who (is | was | are | wrote | invented | won) ... | why (is | are | do "
-               "| does | did) ... | how (tall | old | far | big | high | fast | heavy) (is | are) ... | "
-               "(what is | what's) the (capital | name | population | meaning) of ... | what time (does "
-               "| do | will) ... | what (should | would | does | did) ... | when (does | did | do) ... | "
-               "(do you | did you | would you | will you) ... | is there ... | (i think | i want to | i "
-               "was | we | he | she | they | my | that | this | and | so | but | dear | the) ...",
+               "up ... | remind me ... | call ... | (send | write) (a | an) (message | email | text | "
+               "letter) [...] | read [me] (the | my) (news | mail | messages | email | ...) | what's "
+               "(the news | in the news | new) [...] | play (some | the | my | a) (music | song | radio "
+               "| ...) [...] | turn (on | off) ... | (open | close | order | book | translate | search | "
+               "show me | look up) ... | (navigate | drive | take me) to ... | how do i (get | make | "
+               "cook | ...) ... | where (is | are | did | can | do) ... | who (is | was | are | wrote | "
+               "invented | won) ... | why (is | are | do | does | did) ... | how (tall | old | far | big "
+               "| high | fast | heavy) (is | are) ... | (what is | what's) the (capital | name | "
+               "population | meaning) of ... | what time (does | do | will) ... | what (should | would | "
+               "does | did) ... | when (does | did | do) ... | (do you | did you | would you | will you) "
+               "... | is there ... | (i think | i want to | i was | we | he | she | they | my | that | "
+               "this | and | so | but | dear | the) ...",
                refuse,
                {"what's the weather like"}},
               {"stop",
