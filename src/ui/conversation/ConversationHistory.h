@@ -23,8 +23,8 @@ class ConversationHistory : public QScrollArea {
 
   /// What is answered to the present request; an empty text shows nothing.
   void setAnswer(const QString &answer);
-  /// Puts what was said about `request` among what was said before, unless that is empty, and is ready for the
-  /// next one.
+  /// Puts what was said about `request` among what was said before, unless that is empty, and is ready for
+  /// the next one.
   void endExchange(const QString &request);
   /// Forgets all.
   void clear();
