@@ -288,6 +288,10 @@ Wenn Sie genau diese Tasten möchten: Die meisten Tastenkürzel lassen sich in d
         <source>From the next start on</source>
         <translation>Ab dem nächsten Start</translation>
     </message>
+    <message>
+        <source>This shortcut does not work: another program holds it, or the desktop does not permit it. Please record another one.</source>
+        <translation>Dieses Kürzel geht nicht: Ein anderes Programm hält es, oder der Desktop erlaubt es nicht. Bitte ein anderes aufnehmen.</translation>
+    </message>
 </context>
 <context>
     <name>QMessageBox</name>

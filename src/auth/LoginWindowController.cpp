@@ -3,6 +3,7 @@
 #include "auth/LoginWindowController.h"
 
 #include "auth/LoginNavigation.h"
+#include "platform/window/WindowSize.h"
 #include "ui_LoginWindowController.h"
 
 namespace velmora {
@@ -21,6 +22,7 @@ void LoginWindowController::showWindow() {
   if (!m_ui) {
     m_ui = std::make_unique<Ui::LoginWindowController>();
     m_ui->setupUi(this);
+    boundToScreen(*this);
     windowDidLoad();
   } else {
     show();

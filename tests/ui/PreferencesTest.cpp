@@ -26,6 +26,7 @@
 #include "ui/Translations.h"
 #include "ui/preferences/PreferenceKeys.h"
 #include "ui/preferences/PreferencesWindowController.h"
+#include "ui/shortcut/MASShortcutBinder.h"
 #include "ui/shortcut/MASShortcutView.h"
 
 namespace velmora {
@@ -125,6 +126,35 @@ TEST_F(PreferencesTest, RecordsTheShortcutUnderItsKeyAndEscapeEndsTheRecordingBe
   EXPECT_FALSE(defaults.objectForKey(QStringLiteral("customShortcut")).isNull());
   EXPECT_TRUE(type("Escape"));
   EXPECT_TRUE(runUntil([&] { return !window.isVisible(); }));
+}
+
+TEST_F(PreferencesTest, SaysOfTheShortcutThatAnotherProgramHoldsIt) {
+  const QString key = QStringLiteral("customShortcut");
+  const auto recorded = [&](std::uint32_t keyCode) {
+    defaults.setObject(MASShortcut(keyCode, shortcut_modifier::kCommand).archivedData(), key);
+  };
+  constexpr std::uint32_t kF1 = 122;
+  constexpr std::uint32_t kF2 = 120;
+  constexpr std::uint8_t kPositionOfF2 = 68;
+  constexpr std::uint16_t kSuperMask = 64;
+  tests::OtherProgram holder;
+  holder.grab(kPositionOfF2, kSuperMask, false);
+  recorded(kF2);
+  MASShortcutBinder &binder = MASShortcutBinder::sharedBinder();
+  binder.bindShortcutWithDefaultsKey(key, [] {});
+  {
+    PreferencesWindowController window(withLinks(), defaults);
+    ASSERT_TRUE(shows(window));
+    const auto &note = part<QLabel>(window, "shortcutNote");
+    EXPECT_TRUE(note.isVisible());
+    recorded(kF1);
+    EXPECT_TRUE(runUntil([&] { return !note.isVisible(); }));
+    recorded(kF2);
+    EXPECT_TRUE(runUntil([&] { return note.isVisible(); }));
+    defaults.removeObjectForKey(key);
+    EXPECT_TRUE(runUntil([&] { return !note.isVisible(); })) << "nothing is recorded";
+  }
+  binder.breakBindingWithDefaultsKey(key);
 }
 
 TEST_F(PreferencesTest, TheKeyboardGoesThroughEveryControlAndEachHasAName) {

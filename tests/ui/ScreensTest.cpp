@@ -1,12 +1,13 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: Apache-2.0
 //
-// A popover where there is more than one screen; run with several scale factors.
+// What depends on the screen, where there is more than one; run with several scale factors.
 #include <gtest/gtest.h>
 
 #include <QApplication>
 #include <QScreen>
 
+#include "platform/window/WindowSize.h"
 #include "support/EventLoop.h"
 #include "ui/popover/INPopoverController.h"
 
@@ -98,6 +99,20 @@ TEST(Screens, APopoverStaysOnTheScreenOfItsAnchorWithoutGapsOrBlackCorners) {
       popover.forceClosePopover();
     }
   }
+}
+
+TEST(Screens, AWindowIsNoLargerThanItsScreenHasRoomFor) {
+  QWidget window;
+  window.resize(520, 9000);
+  boundToScreen(window);
+  EXPECT_EQ(window.width(), 520);
+  window.show();
+  ASSERT_TRUE(
+      runUntil([&] { return window.isActiveWindow() && window.frameGeometry() != window.geometry(); }));
+  const QRect frame = window.frameGeometry();
+  const int room = window.screen()->availableGeometry().height();
+  EXPECT_LE(frame.height(), room);
+  EXPECT_GT(frame.height(), room * 3 / 4);
 }
 
 }  // namespace

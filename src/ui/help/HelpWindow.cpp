@@ -5,6 +5,7 @@
 #include <QShortcut>
 
 #include "platform/Workspace.h"
+#include "platform/window/WindowSize.h"
 #include "ui/Page.h"
 #include "ui_HelpWindow.h"
 
@@ -21,6 +22,7 @@ void HelpWindow::showWindow() {
   if (!m_ui) {
     m_ui = std::make_unique<Ui::HelpWindow>();
     m_ui->setupUi(this);
+    boundToScreen(*this);
     windowDidLoad();
   } else {
     show();

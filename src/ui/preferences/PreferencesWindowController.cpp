@@ -14,6 +14,8 @@
 #include "platform/Workspace.h"
 #include "ui/Translations.h"
 #include "ui/preferences/PreferenceKeys.h"
+#include "ui/shortcut/MASShortcutBinder.h"
+#include "ui/shortcut/MASShortcutMonitor.h"
 #include "ui_PreferencesWindow.h"
 
 namespace velmora {
@@ -74,7 +76,7 @@ void PreferencesWindowController::windowDidLoad() {
   } else {
     m_ui->shortcutView->setAssociatedUserDefaultsKey(kCustomShortcut);
   }
-  layOutNote();
+  layOutNotes();
   fillLanguages();
   QFont nameFont = m_ui->appName->font();
   nameFont.setPointSizeF(nameFont.pointSizeF() * kNameScale);
@@ -97,18 +99,21 @@ void PreferencesWindowController::windowDidLoad() {
   }
   connectControls();
   watchSettings();
+  showShortcutNote();
   GeneralTabClick();
   m_ui->shortcutView->setFocus();
 }
 
-void PreferencesWindowController::layOutNote() {
-  QLabel &note = *m_ui->hotwordNote;
-  note.ensurePolished();
+void PreferencesWindowController::layOutNotes() {
+  m_ui->hotwordNote->ensurePolished();
   // Below the letters of the check box, not below the box.
-  note.setIndent(style()->pixelMetric(QStyle::PM_IndicatorWidth) +
-                 style()->pixelMetric(QStyle::PM_CheckBoxLabelSpacing));
-  // The form does not ask how high a text becomes by its being broken into lines.
-  note.setMinimumHeight(note.heightForWidth(note.minimumWidth()));
+  m_ui->hotwordNote->setIndent(style()->pixelMetric(QStyle::PM_IndicatorWidth) +
+                               style()->pixelMetric(QStyle::PM_CheckBoxLabelSpacing));
+  for (QLabel *const note : {m_ui->shortcutNote, m_ui->hotwordNote}) {
+    note->ensurePolished();
+    // The form does not ask how high a text becomes by its being broken into lines.
+    note->setMinimumHeight(note->heightForWidth(note->minimumWidth()));
+  }
 }
 
 /// Each in its own words, for whoever has got lost among the others.
@@ -184,6 +189,18 @@ void PreferencesWindowController::watchSettings() {
     });
   });
   watch(kLoggedInKey, [this](const QVariant &value) { showAccount(value.toBool()); });
+  // Once whoever registers it has heard of it too.
+  m_observations.push_back(m_defaults.addObserver(
+      kCustomShortcut, UserDefaults::Notify::newOnly,
+      [this](const QVariant &) { MainQueue::main().async(m_alive, [this] { showShortcutNote(); }); }));
+}
+
+/// Nothing else tells the user that a shortcut belongs to somebody else.
+void PreferencesWindowController::showShortcutNote() {
+  const auto &shortcut = m_ui->shortcutView->shortcutValue();
+  const bool isBound = MASShortcutBinder::sharedBinder().isRegisteredAction(kCustomShortcut);
+  const bool works = !shortcut || MASShortcutMonitor::sharedMonitor().isShortcutRegistered(*shortcut);
+  m_ui->shortcutNote->setVisible(isBound && !works);
 }
 
 void PreferencesWindowController::GeneralTabClick() { m_ui->tabs->setCurrentWidget(m_ui->generalVIew); }

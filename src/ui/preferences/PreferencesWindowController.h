@@ -6,6 +6,7 @@
 #include <functional>
 #include <memory>
 
+#include "foundation/MainQueue.h"
 #include "foundation/UserDefaults.h"
 #include "platform/LoginItem.h"
 #include "ui/preferences/ApplicationInformation.h"
@@ -56,10 +57,11 @@ class PreferencesWindowController : public QWidget {
  private:
   void loadWindow();
   void windowDidLoad();
-  void layOutNote();
+  void layOutNotes();
   void fillLanguages();
   void connectControls();
   void watchSettings();
+  void showShortcutNote();
   void showInformation();
   void showAccount(bool signedIn);
 
@@ -71,6 +73,7 @@ class PreferencesWindowController : public QWidget {
   std::unique_ptr<Ui::PreferencesWindow> m_ui;  // null until the window is needed
   std::shared_ptr<void> m_shortcut;
   std::vector<UserDefaults::Observation> m_observations;
+  Alive m_alive;
 };
 
 }  // namespace velmora
