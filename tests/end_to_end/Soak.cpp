@@ -5,7 +5,7 @@
 // and every accident of network, sound and service in between. Fails when memory grows after the first turns,
 // or a thread, a descriptor or a child is left over.
 //
-//   velmora-soak TURNS
+//   velmora-soak TURNS [ACCIDENT]     before every turn the accident of that number alone, to look into it
 #include <QCoreApplication>
 #include <algorithm>
 #include <chrono>
@@ -42,7 +42,7 @@ constexpr auto kMoment = 300ms;
 
 class Soak {
  public:
-  explicit Soak(int turns) : m_turns(turns) {
+  explicit Soak(int turns, int accident) : m_turns(turns), m_accident(accident) {
     for (const auto &file : fs::directory_iterator(VELMORA_QUESTIONS))
       if (file.path().extension() == ".wav") m_questions.push_back(file.path());
     std::sort(m_questions.begin(), m_questions.end());
@@ -56,7 +56,7 @@ class Soak {
     std::printf("%6s %9s %9s %9s %8s %12s %9s\n", "turns", "Pss, KiB", "Rss, KiB", "own, KiB", "threads",
                 "descriptors", "children");
     for (m_turn = 1; m_turn <= m_turns; ++m_turn) {
-      accident(m_turn % kRound);
+      accident(m_accident > 0 ? m_accident : m_turn % kRound);
       turn();
       if (m_turn % kLook == 0 || m_turn == m_turns) look();
     }
@@ -142,7 +142,10 @@ class Soak {
     UserSession::clickIcon();
     m_isOpen = false;
     std::this_thread::sleep_for(kMoment);
+    interrupted();
   }
+  /// A question back that had opened the microphone is not asked any more.
+  void interrupted() { m_listened = logged("audio listening.."); }
   /// Says yes to whatever message has come.
   static void dismiss() {
     std::this_thread::sleep_for(3 * kMoment);
@@ -180,6 +183,7 @@ class Soak {
         ::kill(first, SIGKILL);
         must([&] { return assistant() != 0 && assistant() != first; }, "no assistant");
         std::this_thread::sleep_for(2s);  // it reads its dictionary
+        interrupted();
         break;
       }
       case 21:
@@ -244,9 +248,17 @@ class Soak {
 
   void look() {
     close();
-    // What a closed window frees takes a moment.
+    // What a closed window frees takes a moment, some of its threads a few more.
     std::this_thread::sleep_for(3s);
-    const auto now = ProcessFigures::of(m_velmora->pid());
+    auto now = ProcessFigures::of(m_velmora->pid());
+    const auto first = m_figures.lower_bound(kWarm);
+    if (m_turn == m_turns && first != m_figures.end()) {
+      const ProcessFigures &then = first->second;
+      for (int i = 0; i < 20 && (now.threads > then.threads || now.descriptors > then.descriptors); ++i) {
+        std::this_thread::sleep_for(1s);
+        now = ProcessFigures::of(m_velmora->pid());
+      }
+    }
     m_figures[m_turn] = now;
     std::printf("%6d %9ld %9ld %9ld %8ld %12ld %9ld\n", m_turn, now.proportional, now.resident, now.own,
                 now.threads, now.descriptors, now.children);
@@ -272,6 +284,7 @@ class Soak {
   }
 
   const int m_turns;
+  const int m_accident;  // 0: each in its turn
   int m_turn = 0;
   int m_understood = 0;
   int m_failed = 0;
@@ -294,7 +307,10 @@ int main(int argc, char **argv) {
   const QCoreApplication application(argc, argv);
   std::setvbuf(stdout, nullptr, _IOLBF, 0);
   try {
-    return velmora::Soak(argc > 1 ? std::max(1, std::atoi(argv[1])) : 200).run();
+    const auto number = [&](int index, int otherwise) {
+      return argc > index ? std::max(1, std::atoi(argv[index])) : otherwise;
+    };
+    return velmora::Soak(number(1, 200), number(2, 0)).run();
   } catch (const std::exception &error) {
     std::cerr << "soak: " << error.what() << '\n';
     return 1;

@@ -91,10 +91,8 @@ std::unique_ptr<WebEngine> WebEnginePlugin::make(const WebEngineSettings &settin
     preferTheDesktopsColours();
     drawWithWhatThereIs();
     // What the graphics driver is like, at every start.
-    QLoggingCategory::setFilterRules(QStringLiteral("qt.webenginecontext.debug=false"));
-  }
-  QtWebEngineQuick::initialize();
-  if (!profile) {
+    QLoggingCategory::setFilterRules(QStringLiteral("qt.webenginecontext=false"));
+    QtWebEngineQuick::initialize();
     profile = makeProfile(settings.storageFolder);
     // Writes the cookies. Runs before what the engine has registered meanwhile for its own end.
     qAddPostRoutine([] { theProfile().reset(); });
