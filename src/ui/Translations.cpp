@@ -25,6 +25,8 @@ bool install(const QLocale &locale, const QString &name, const QString &folder) 
 }  // namespace
 
 bool installTranslations(const QLocale &locale) {
+  // For what is not translated here: numbers, dates, and what pages are asked for in.
+  QLocale::setDefault(locale);
   // Ours comes last, and so is asked first.
   install(locale, QStringLiteral("qtbase"), QLibraryInfo::path(QLibraryInfo::TranslationsPath));
   return install(locale, kOurs, QStringLiteral(":/translations"));

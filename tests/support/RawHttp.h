@@ -86,8 +86,8 @@ inline Answer sendRaw(int port, const std::string &bytes) {
 
 inline std::string hostField(int port) { return "Host: 127.0.0.1:" + std::to_string(port) + "\r\n"; }
 
-inline Answer get(int port, const std::string &target) {
-  return sendRaw(port, "GET " + target + " HTTP/1.1\r\n" + hostField(port) + "\r\n");
+inline Answer get(int port, const std::string &target, const std::string &fields = {}) {
+  return sendRaw(port, "GET " + target + " HTTP/1.1\r\n" + hostField(port) + fields + "\r\n");
 }
 
 /// A form's POST; `fields` are further lines of the head.

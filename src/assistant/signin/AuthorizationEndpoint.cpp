@@ -36,7 +36,7 @@ AuthorizationEndpoint::AuthorizationEndpoint(const SignInClients &clients, Grant
       m_isRecorded(isRecorded),
       m_asked(kMostPages, kPageLife) {}
 
-HttpResponse AuthorizationEndpoint::ask(const std::string &query) {
+HttpResponse AuthorizationEndpoint::ask(const std::string &query, const std::string &language) {
   const auto fields = parseForm(query);
   if (!fields) return malformed();
   const SignInClient *client = m_clients.find(valueOf(*fields, "client_id"));
@@ -64,7 +64,7 @@ HttpResponse AuthorizationEndpoint::ask(const std::string &query) {
       {.authorisation = {.clientId = client->id, .redirectUri = client->redirectUri, .scope = m_scope},
        .state = state},
       m_clock());
-  return consentPage(client->name, consent, client->redirectUri, m_isRecorded);
+  return consentPage(client->name, consent, client->redirectUri, m_isRecorded, language);
 }
 
 HttpResponse AuthorizationEndpoint::decide(const std::string &form) {

@@ -21,8 +21,9 @@ class AuthorizationEndpoint {
   AuthorizationEndpoint(const SignInClients &clients, GrantStore &grants, SignInClock clock,
                         std::string scope, bool isRecorded);
 
-  /// The consent page; an error goes to the client when that and its address are known, else to the user.
-  [[nodiscard]] HttpResponse ask(const std::string &query);
+  /// The consent page, in the best of the languages that there is; an error goes to the client when that and
+  /// its address are known, else to the user.
+  [[nodiscard]] HttpResponse ask(const std::string &query, const std::string &language);
 
   /// What the user decided on a consent page, once for each page: leads to the client with a code or an
   /// error. The page's own secret in the form proves that it is that page which sends it.

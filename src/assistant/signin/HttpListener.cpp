@@ -227,7 +227,8 @@ class HttpListener::Implementation final : private httplib::Server {
                       .path = target.substr(0, mark),
                       .query = mark == std::string::npos ? std::string() : target.substr(mark + 1),
                       .body = request.body,
-                      .authorization = std::nullopt};
+                      .authorization = std::nullopt,
+                      .language = request.get_header_value("Accept-Language")};
     if (request.has_header("Authorization")) plain.authorization = request.get_header_value("Authorization");
     const HttpResponse given = m_handler(plain);
     response.status = given.status;

@@ -22,6 +22,7 @@ struct HttpRequest {
   std::string query;                         ///< what follows the first '?', still escaped
   std::string body;                          ///< of a POST: a form
   std::optional<std::string> authorization;  ///< the field of this name
+  std::string language;                      ///< the Accept-Language field, best first; may be empty
 };
 
 struct HttpResponse {

@@ -12,9 +12,11 @@
 namespace velmora {
 
 /// Asks whether `clientName` may use the assistant; the form sends `consent` back with the decision and may
-/// lead to `redirectUri`. It says whether what is said is kept on disk.
+/// lead to `redirectUri`. It says whether what is said is kept on disk. German where `language`, a list as of
+/// Accept-Language, begins with that, else English.
 [[nodiscard]] HttpResponse consentPage(std::string_view clientName, std::string_view consent,
-                                       std::string_view redirectUri, bool isRecorded);
+                                       std::string_view redirectUri, bool isRecorded,
+                                       std::string_view language);
 
 /// Says in two short sentences why there is no sign-in and what to do.
 [[nodiscard]] HttpResponse signInErrorPage(int status, std::string_view what, std::string_view advice);

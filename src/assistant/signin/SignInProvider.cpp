@@ -63,7 +63,7 @@ std::string SignInProvider::scope() { return kScope; }
 HttpResponse SignInProvider::serve(const HttpRequest &request) {
   const bool post = request.method == "POST";
   if (request.path == kAuthorize)
-    return post ? m_authorization.decide(request.body) : m_authorization.ask(request.query);
+    return post ? m_authorization.decide(request.body) : m_authorization.ask(request.query, request.language);
   if (request.path == kToken) return post ? m_tokens.token(request) : wrongMethod("POST");
   if (request.path == kRevoke) return post ? m_tokens.revoke(request) : wrongMethod("POST");
   return signInErrorPage(404, "There is no such page.", "Sign in from the application.");

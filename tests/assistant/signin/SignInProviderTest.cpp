@@ -91,6 +91,25 @@ TEST_F(SignInProviderTest, TellsWhoSignsInWhetherTheirVoiceIsKept) {
               HasSubstr("does not leave it and is recorded on it"));
 }
 
+TEST_F(SignInProviderTest, AsksInTheLanguageOfTheUser) {
+  const struct {
+    const char *languages;
+    const char *asks;
+  } cases[] = {{"de", "lang=\"de\""},
+               {"de-AT,de;q=0.9,en;q=0.8", "lang=\"de\""},
+               {"en-US,de;q=0.9", "lang=\"en\""},
+               {"deu", "lang=\"en\""},
+               {"", "lang=\"en\""},
+               {"-,;", "lang=\"en\""}};
+  for (const auto &[languages, asks] : cases) {
+    const Answer page =
+        tests::get(m_provider.port(), "/authorize?client_id=velmora&response_type=code" + kUri,
+                   std::string("Accept-Language: ") + languages + "\r\n");
+    EXPECT_THAT(page.body, HasSubstr(asks)) << languages;
+    EXPECT_THAT(page.body, HasSubstr("Velm&lt;o&gt;ra")) << languages;
+  }
+}
+
 TEST_F(SignInProviderTest, AConsentLeadsToTokensThatAreGoodForAnHour) {
   const std::string paid = code();
   const Answer answer = exchange(paid);

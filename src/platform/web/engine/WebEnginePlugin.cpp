@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QGuiApplication>
+#include <QLocale>
 #include <QLoggingCategory>
 #include <QOpenGLContext>
 #include <QPalette>
@@ -45,6 +46,7 @@ std::shared_ptr<QWebEngineProfile> makeProfile(const QString &folder) {
   auto profile = std::make_shared<QWebEngineProfile>(QStringLiteral("velmora"));
   profile->setPersistentStoragePath(folder);
   profile->setCachePath(folder);
+  profile->setHttpAcceptLanguage(QLocale().bcp47Name());
   profile->setHttpCacheType(QWebEngineProfile::MemoryHttpCache);
   profile->setPersistentCookiesPolicy(QWebEngineProfile::AllowPersistentCookies);
   QObject::connect(profile.get(), &QWebEngineProfile::downloadRequested, profile.get(),
