@@ -4,8 +4,10 @@
 
 #include <QCoreApplication>
 #include <QLabel>
+#include <QLoggingCategory>
 #include <QPluginLoader>
 #include <QPushButton>
+#include <QScopeGuard>
 #include <QStackedLayout>
 #include <QStandardPaths>
 #include <QVBoxLayout>
@@ -105,6 +107,10 @@ void WebView::loadWanted() {
 }
 
 bool WebView::makeEngine() {
+  // The engine complains of being loaded so late, which is what spares everybody its weight who shows no
+  // page, and tells what the graphics driver is like.
+  QLoggingCategory::setFilterRules(QStringLiteral("default.warning=false\nqt.webenginecontext=false"));
+  const auto heardAgain = qScopeGuard([] { QLoggingCategory::setFilterRules({}); });
   QPluginLoader plugin(m_engineFile);
   auto *factory = qobject_cast<WebEngineFactory *>(plugin.instance());
   if (!factory) {

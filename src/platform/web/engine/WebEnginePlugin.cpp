@@ -7,7 +7,6 @@
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QLocale>
-#include <QLoggingCategory>
 #include <QOpenGLContext>
 #include <QPalette>
 #include <QWebEngineDownloadRequest>
@@ -87,13 +86,11 @@ class Engine : public WebEngine {
 
 std::unique_ptr<WebEngine> WebEnginePlugin::make(const WebEngineSettings &settings, WebEngineClient &client) {
   // The engine draws with a graphics context shared by the whole program. Qt would rather make it at the
-  // start, which costs 57 MB and as long as all the rest of it, and complains of its being made so late.
+  // start, which costs 57 MB and as long as all the rest of it.
   std::shared_ptr<QWebEngineProfile> &profile = theProfile();
   if (!profile) {
     preferTheDesktopsColours();
     drawWithWhatThereIs();
-    // What the graphics driver is like, at every start.
-    QLoggingCategory::setFilterRules(QStringLiteral("qt.webenginecontext=false"));
     QtWebEngineQuick::initialize();
     profile = makeProfile(settings.storageFolder);
     // Writes the cookies. Runs before what the engine has registered meanwhile for its own end.
