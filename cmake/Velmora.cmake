@@ -3,6 +3,7 @@
 #
 # velmora_library(engine SOURCES ... [LINKS ...] [PRIVATE_LINKS ...])   one folder of src/, as velmora::engine
 # velmora_program(velmora-converse SOURCES ... LINKS ...)
+# velmora_plugin(velmora-web-engine SOURCES ... LINKS ...)              what src/platform/Plugin.h loads
 # velmora_test(protocol SOURCES ... LINKS ...)                          one test program per folder of tests/
 # velmora_benchmark(messages SOURCES ... LINKS ...)
 
@@ -64,6 +65,22 @@ function(velmora_program name)
   add_executable(${name} ${arg_SOURCES})
   target_link_libraries(${name} PRIVATE velmora_options ${arg_LINKS})
   install(TARGETS ${name})
+endfunction()
+
+# Found from the programs by the same way in the build tree and installed.
+set(VELMORA_PLUGINS "${CMAKE_INSTALL_LIBDIR}/velmora")
+file(RELATIVE_PATH VELMORA_PLUGINS_FROM_PROGRAM "/${CMAKE_INSTALL_BINDIR}" "/${VELMORA_PLUGINS}")
+
+function(velmora_plugin name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINKS")
+  add_library(${name} MODULE ${arg_SOURCES})
+  target_include_directories(${name} PRIVATE "${CMAKE_SOURCE_DIR}/src")
+  target_link_libraries(${name} PRIVATE velmora_options ${arg_LINKS})
+  # What it has of our libraries is its own, whatever other plugins and the program have of them.
+  target_link_options(${name} PRIVATE -Wl,--exclude-libs,ALL)
+  set_target_properties(${name} PROPERTIES
+    AUTOMOC ON PREFIX "" LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/${VELMORA_PLUGINS}")
+  install(TARGETS ${name} LIBRARY DESTINATION "${VELMORA_PLUGINS}")
 endfunction()
 
 function(velmora_test name)

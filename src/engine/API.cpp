@@ -78,13 +78,21 @@ struct API::Turn {
   std::optional<CallResult> result;
 };
 
-API::API(ConversationTextDelegate &delegate, const Deployment &deployment, const UserDefaults &defaults)
+API::API(ConversationTextDelegate &delegate, const Deployment &deployment, const UserDefaults &defaults,
+         std::chrono::milliseconds linger)
     : ASSISTANT_API_ENDPOINT(deployment.host),
-      m_service(deployment.address(), readRoots(deployment), std::nullopt),
+      m_address(deployment.address()),
+      m_roots(readRoots(deployment)),
+      // Read only here: a token that is refreshed later is for conversations that begin later.
+      m_authorization("Bearer " + defaults.stringForKey(kAuthTokenKey).toStdString()),
+      m_linger(linger),
       m_delegate(delegate) {
-  // Read only here: a token that is refreshed later is for conversations that begin later.
-  m_service.metadata().emplace("authorization",
-                               "Bearer " + defaults.stringForKey(kAuthTokenKey).toStdString());
+  openService();
+}
+
+void API::openService() {
+  m_service = std::make_shared<Service>(m_address, m_roots, std::nullopt);
+  m_service->metadata().emplace("authorization", m_authorization);
 }
 
 API::~API() {
@@ -111,6 +119,9 @@ void API::beginTurn(std::int32_t volumePercentage) {
     }
     if (m_turn && m_turn->call) m_turn->call->cancel();
     m_turn = turn;
+    m_closesAt.reset();
+    if (!m_service) openService();
+    if (!m_drainer.joinable()) m_drainer = std::thread([this] { drainTurns(); });
   }
   const Request request = configRequest(volumePercentage, state);
   if (logEnabled()) {
@@ -132,7 +143,11 @@ void API::beginTurn(std::int32_t volumePercentage) {
 }
 
 void API::openCall(const std::shared_ptr<Turn> &turn, const Request &request) {
-  const auto call = m_service.converse([this, gate = m_gate, turn](const CallResult &result) {
+  const std::shared_ptr<Service> service = [this] {
+    const std::lock_guard lock(m_mutex);
+    return m_service;
+  }();
+  const auto call = service->converse([this, gate = m_gate, turn](const CallResult &result) {
     const CallbackGate::Pass pass(*gate);
     if (!pass) return;
     logCallResult(result);
@@ -203,7 +218,6 @@ void API::endAudio() {
   {
     const std::lock_guard lock(m_mutex);
     m_toDrain.push_back(turn);
-    if (!m_drainer.joinable()) m_drainer = std::thread([this] { drainTurns(); });
   }
   m_drainWork.notify_one();
 }
@@ -211,8 +225,15 @@ void API::endAudio() {
 void API::drainTurns() {
   std::unique_lock lock(m_mutex);
   for (;;) {
-    m_drainWork.wait(lock, [this] { return m_stopping || !m_toDrain.empty(); });
     if (m_stopping) return;
+    if (m_toDrain.empty()) {
+      if (!m_closesAt) {
+        m_drainWork.wait(lock);
+      } else if (m_drainWork.wait_until(lock, *m_closesAt) == std::cv_status::timeout) {
+        closeService(lock);
+      }
+      continue;
+    }
     const std::shared_ptr<Turn> turn = std::move(m_toDrain.front());
     m_toDrain.pop_front();
     lock.unlock();
@@ -220,6 +241,19 @@ void API::drainTurns() {
     if (const CallbackGate::Pass pass(*m_gate); pass) endTurnIfOver(turn);
     lock.lock();
   }
+}
+
+/// Unless a turn has begun meanwhile. What the conversation has come to stays.
+void API::closeService(std::unique_lock<std::mutex> &lock) {
+  if (!m_closesAt || Clock::now() < *m_closesAt) return;
+  m_closesAt.reset();
+  const std::shared_ptr<Service> service = std::move(m_service);
+  std::shared_ptr<ConverseCall> call;
+  if (m_turn) call = std::exchange(m_turn->call, nullptr);
+  lock.unlock();
+  // The call may be given up here, which must not happen under the lock.
+  call.reset();
+  lock.lock();
 }
 
 void API::drainResponses(Turn &turn) {
@@ -313,7 +347,9 @@ void API::endTurnIfOver(const std::shared_ptr<Turn> &turn) {
     const bool over = turn->result && (turn->drainWanted ? turn->drained : !turn->result->succeeded());
     if (!over || turn->replaced || std::exchange(turn->endReported, true)) return;
     result = *turn->result;
+    m_closesAt = Clock::now() + m_linger;
   }
+  m_drainWork.notify_all();
   const std::lock_guard oneAtATime(m_delivery);
   if (m_observer) m_observer->turnEnded(result);
 }

@@ -10,6 +10,7 @@
 //   api.continueIfFollowUp();            // once it has been played
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
@@ -46,10 +47,14 @@ class TurnObserver {
 /// the service and the network are a line in the log each.
 class API {
  public:
+  /// For so long after a turn the channel is kept open for the next one. Then everything of gRPC's goes,
+  /// which would wake the processor several times a second; the next turn opens it anew.
+  static constexpr std::chrono::milliseconds kLinger = std::chrono::seconds(30);
+
   /// Opens the channel to the deployment's service with the access token stored now. The delegate outlives
   /// the object. Fatal when the deployment's TLS roots cannot be read.
   API(ConversationTextDelegate &delegate, const Deployment &deployment,
-      const UserDefaults &defaults = UserDefaults::standard());
+      const UserDefaults &defaults = UserDefaults::standard(), std::chrono::milliseconds linger = kLinger);
   /// Cancels what is under way and waits for delegate calls that have begun; none comes afterwards. Not from
   /// within a delegate call.
   ~API();
@@ -84,21 +89,31 @@ class API {
   using ConverseCall = Google_Assistant_Embedded_V1Alpha1_EmbeddedAssistantConverseCall;
   struct Turn;
 
+  using Service = Google_Assistant_Embedded_V1Alpha1_EmbeddedAssistantService;
+  using Clock = std::chrono::steady_clock;
+
+  void openService();
   void openCall(const std::shared_ptr<Turn> &turn,
                 const Google_Assistant_Embedded_V1alpha1_ConverseRequest &);
   void handleResponse(const Turn &turn, const std::optional<Response> &response,
                       const std::optional<ClientError> &error);
   void drainTurns();
   void drainResponses(Turn &turn);
+  void closeService(std::unique_lock<std::mutex> &lock);
   void logCallResult(const CallResult &result);
   void endTurnIfOver(const std::shared_ptr<Turn> &turn);
 
-  Google_Assistant_Embedded_V1Alpha1_EmbeddedAssistantService m_service;
+  const std::string m_address;
+  const std::string m_roots;
+  const std::string m_authorization;
+  const std::chrono::milliseconds m_linger;
   ConversationTextDelegate &m_delegate;
   TurnObserver *m_observer = nullptr;
 
   // Below: shared by the owner's thread, the audio thread, the completion thread and the drain's.
   mutable std::mutex m_mutex;
+  std::shared_ptr<Service> m_service;           // null when nothing was asked for a while
+  std::optional<Clock::time_point> m_closesAt;  // unless a turn begins
   std::shared_ptr<Turn> m_turn;
   std::optional<Google_Assistant_Embedded_V1alpha1_ConverseState> m_converseState;
   bool m_followUp = false;
@@ -110,7 +125,7 @@ class API {
   std::mutex m_delivery;  // held during a call of the delegate or the observer; taken before `m_mutex`
   const std::shared_ptr<CallbackGate> m_gate = std::make_shared<CallbackGate>();
   // A thread of its own, made by the first turn: a receive may block for as long as the service likes, which
-  // in a pool of as many threads as processors would starve everybody else.
+  // in a pool of as many threads as processors would starve everybody else. It closes the channel, too.
   std::thread m_drainer;
 };
 

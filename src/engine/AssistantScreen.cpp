@@ -53,9 +53,10 @@ QString capitalised(const QString &text) {
 
 }  // namespace
 
-AssistantScreen::AssistantScreen(AssistantHost &host, UserDefaults &defaults)
+AssistantScreen::AssistantScreen(AssistantHost &host, UserDefaults &defaults, const QString &conversationFile)
     : m_host(host),
       m_defaults(defaults),
+      m_plugin(conversationFile.isEmpty() ? Plugin("velmora-conversation") : Plugin(conversationFile)),
       m_settingsWindow(host.information(), defaults),
       m_capture([this](const std::int16_t *samples, std::ptrdiff_t count) {
         // There is one: the microphone is opened after a turn was begun, and stopped before it goes.
@@ -169,6 +170,8 @@ void AssistantScreen::keyPressEvent(QKeyEvent *event) {
 void AssistantScreen::showEvent(QShowEvent *event) {
   QWidget::showEvent(event);
   m_isClosed = false;
+  // Who opens it is about to talk.
+  if (!m_api) m_plugin.preload();
 }
 
 void AssistantScreen::hideEvent(QHideEvent *event) {
@@ -185,16 +188,20 @@ void AssistantScreen::hideEvent(QHideEvent *event) {
 
 // A turn.
 
-API &AssistantScreen::api() {
+Conversation *AssistantScreen::api() {
   const std::string token = m_defaults.stringForKey(kAuthTokenKey).toStdString();
   // Only between turns: what another account said is none of this one's.
   if (m_api && !isListening() && !m_isWaiting && m_apiToken != token) m_api.reset();
-  if (!m_api) {
-    m_apiToken = token;
-    m_api = std::make_unique<API>(*this, *m_host.deployment(), m_defaults);
-    m_api->setTurnObserver(this);
+  if (m_api) return m_api.get();
+  std::string problem;
+  auto *const factory = m_plugin.root<ConversationFactory>(problem);
+  if (factory == nullptr) {
+    log("The assistant cannot be spoken with: ", problem);
+    return nullptr;
   }
-  return *m_api;
+  m_apiToken = token;
+  m_api = factory->make(*this, *this, *m_host.deployment(), m_defaults, logLine);
+  return m_api.get();
 }
 
 void AssistantScreen::startListening() {
@@ -214,12 +221,17 @@ void AssistantScreen::startListening() {
   }
   if (m_playback->isSpeaking()) m_playback->stopSpeaking();
   m_startsWhenReady = m_isSilenced = m_isClosed = m_isWaiting = false;
-  API &conversation = api();
+  Conversation *const conversation = api();
   ++m_turn;
   m_ui->history->endExchange(std::exchange(m_request, {}));
+  if (conversation == nullptr) {
+    m_prompt = Prompt::none;
+    showLabel(tr("A part of Velmora is missing or damaged. Please install Velmora again."), Qt::white);
+    return;
+  }
   selectChosenInputDevice(m_defaults, m_capture.engine());
   m_capture.mic().setVolume(answerVolume(m_defaults));
-  conversation.beginTurn(m_capture.volumePercentage());
+  conversation->beginTurn(m_capture.volumePercentage());
   m_capture.start();
   m_playback->playStartPrompt();
   listeningStarted();
@@ -238,7 +250,8 @@ void AssistantScreen::stopListening() {
   }
   const bool wasListening = isListening();
   m_capture.stop();
-  if (m_api || m_host.deployment() != nullptr) api().endAudio();
+  Conversation *const conversation = m_api || m_host.deployment() != nullptr ? api() : nullptr;
+  if (conversation != nullptr) conversation->endAudio();
   m_isWaiting = m_isWaiting || wasListening;
   updateBusy();
   asyncInTurn([this] {
@@ -285,10 +298,7 @@ void AssistantScreen::continueIfFollowUp() {
   });
 }
 
-void AssistantScreen::responseReceived(const Google_Assistant_Embedded_V1alpha1_ConverseResponse &response) {
-  // Asked for by voice; none is no wish.
-  const int percent = response.result().volumePercentage();
-  if (percent < 1 || percent > kFullVolume) return;
+void AssistantScreen::volumeAsked(int percent) {
   async([this, percent] { m_defaults.setObject(percent, kAnswerVolumeKey); });
 }
 

@@ -12,13 +12,14 @@
 #include <optional>
 #include <string>
 
-#include "engine/API.h"
 #include "engine/AssistantHost.h"
 #include "engine/Capture.h"
+#include "engine/Conversation.h"
 #include "engine/MicrophonePlot.h"
 #include "engine/ResponsePlayback.h"
 #include "foundation/MainQueue.h"
 #include "foundation/UserDefaults.h"
+#include "platform/Plugin.h"
 #include "ui/help/HelpWindow.h"
 #include "ui/preferences/PreferencesWindowController.h"
 
@@ -44,12 +45,13 @@ struct ConversationEntry {
 class AssistantScreen : public QWidget,
                         public ConversationTextDelegate,
                         public ResponsePlaybackDelegate,
-                        private TurnObserver {
+                        private ConversationObserver {
   Q_OBJECT
 
  public:
-  /// The host and the settings outlive the screen.
-  AssistantScreen(AssistantHost &host, UserDefaults &defaults);
+  /// The host and the settings outlive the screen. Its conversations are those of a plugin of its own, or of
+  /// the one that belongs to the running program.
+  AssistantScreen(AssistantHost &host, UserDefaults &defaults, const QString &conversationFile = {});
   ~AssistantScreen() override;
 
   /// Whether the microphone is open.
@@ -125,11 +127,12 @@ class AssistantScreen : public QWidget,
   /// What the label says beside requests.
   enum class Prompt { none, mind, gettingReady, listening, moment };
 
-  void responseReceived(const Google_Assistant_Embedded_V1alpha1_ConverseResponse &response) override;
+  void volumeAsked(int percent) override;
   void turnEnded(const CallResult &result) override;
 
   void makeMenu();
-  API &api();
+  /// The present account's, made when it is needed. Null, which is in the log, when it cannot be had.
+  Conversation *api();
   void display(bool microphoneHidden, bool plotHidden);
   void showPrompt(Prompt prompt);
   void showLabel(const QString &text, const QColor &color);
@@ -142,6 +145,7 @@ class AssistantScreen : public QWidget,
 
   AssistantHost &m_host;
   UserDefaults &m_defaults;
+  const Plugin m_plugin;                    // of the conversations
   std::unique_ptr<Ui::AssistantView> m_ui;  // null until it is loaded
   QMenu *m_gearMenu = nullptr;              // the gear's
   PreferencesWindowController m_settingsWindow;
@@ -158,9 +162,9 @@ class AssistantScreen : public QWidget,
   std::atomic<bool> m_isClosed = false;
 
   // What sounds goes before what it tells of it; the capture is stopped before the conversation goes.
-  Alive m_alive;               // asked by what sounds and by the conversation, on their threads
-  std::string m_apiToken;      // that the conversation was begun with
-  std::unique_ptr<API> m_api;  // null until it is needed
+  Alive m_alive;                        // asked by what sounds and by the conversation, on their threads
+  std::string m_apiToken;               // that the conversation was begun with
+  std::unique_ptr<Conversation> m_api;  // null until it is needed
   Capture m_capture;
   std::unique_ptr<MicrophonePlot> m_plot;
   std::optional<ResponsePlayback> m_playback;

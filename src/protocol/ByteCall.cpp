@@ -195,7 +195,7 @@ class ByteCall::Core : public std::enable_shared_from_this<Core> {
 void ByteCall::Core::start(const std::string &method, const Metadata &metadata) {
   for (const auto &[key, value] : metadata) m_context.AddMetadata(key, value);
   grpc::GenericStub stub(*static_cast<const std::shared_ptr<grpc::Channel> *>(m_channel->native()));
-  auto *queue = static_cast<grpc::CompletionQueue *>(CompletionThread::instance().queue());
+  auto *queue = static_cast<grpc::CompletionQueue *>(m_channel->completions().queue());
   const Lock lock(m_mutex);
   m_stream = stub.PrepareCall(&m_context, method, queue);
   // Nothing may be written before the start has completed: `write` waits for it.
@@ -264,7 +264,7 @@ void ByteCall::Core::closeSend(std::function<void()> closed) {
   m_closing = true;
   m_closed = closed ? std::move(closed) : [] {};
   if (m_finished || m_sendFailed) {
-    CompletionThread::instance().post([alive = shared_from_this()] {
+    m_channel->completions().post([alive = shared_from_this()] {
       Lock locked(alive->m_mutex);
       alive->completeClose(locked);
     });
@@ -317,7 +317,7 @@ void ByteCall::Core::deliver(Lock &lock) {
 }
 
 void ByteCall::Core::deliverSoon() {
-  CompletionThread::instance().post([alive = shared_from_this()] {
+  m_channel->completions().post([alive = shared_from_this()] {
     Lock lock(alive->m_mutex);
     alive->deliver(lock);
   });

@@ -18,7 +18,7 @@ constexpr int kKeepaliveTimeoutMs = 5'000;
 // Far above any answer, far below what would endanger the machine.
 constexpr int kLargestResponse = 128 * 1024 * 1024;
 
-std::shared_ptr<grpc::Channel> connect(const std::string &address,
+std::shared_ptr<grpc::Channel> connect(CompletionThread &completions, const std::string &address,
                                        const std::optional<std::string> &authority,
                                        const std::shared_ptr<grpc::ChannelCredentials> &credentials) {
   grpc::ChannelArguments arguments;
@@ -31,14 +31,19 @@ std::shared_ptr<grpc::Channel> connect(const std::string &address,
   if (authority) arguments.SetSslTargetNameOverride(*authority);
   auto channel = grpc::CreateCustomChannel(address, credentials, arguments);
   // Reading many roots takes tens of milliseconds, which the first call's thread should not pay.
-  CompletionThread::instance().post([channel] { channel->GetState(true); });
+  completions.post([channel] { channel->GetState(true); });
   return channel;
 }
 
 }  // namespace
 
 struct Channel::Implementation {
-  std::shared_ptr<grpc::Channel> channel;
+  Implementation(const std::string &address, const std::optional<std::string> &authority,
+                 const std::shared_ptr<grpc::ChannelCredentials> &credentials)
+      : channel(connect(*completions, address, authority, credentials)) {}
+
+  const std::shared_ptr<CompletionThread> completions = CompletionThread::shared();
+  const std::shared_ptr<grpc::Channel> channel;
 };
 
 Channel::Channel(std::string address, std::unique_ptr<Implementation> implementation)
@@ -46,13 +51,15 @@ Channel::Channel(std::string address, std::unique_ptr<Implementation> implementa
 
 Channel::~Channel() = default;
 
+CompletionThread &Channel::completions() const { return *m_implementation->completions; }
+
 const void *Channel::native() const { return &m_implementation->channel; }
 
 std::shared_ptr<Channel> Channel::insecure(const std::string &address) {
   initialiseGrpc();
   const std::string target = withDefaultPort(address);
   return std::shared_ptr<Channel>(new Channel(
-      target, std::make_unique<Implementation>(connect(target, {}, grpc::InsecureChannelCredentials()))));
+      target, std::make_unique<Implementation>(target, std::nullopt, grpc::InsecureChannelCredentials())));
 }
 
 std::shared_ptr<Channel> Channel::secure(const std::string &address,
@@ -65,7 +72,7 @@ std::shared_ptr<Channel> Channel::secure(const std::string &address,
   if (rootCertificates) options.pem_root_certs = rootCertificates->empty() ? "\n" : *rootCertificates;
   const auto credentials = grpc::SslCredentials(options);
   return std::shared_ptr<Channel>(
-      new Channel(target, std::make_unique<Implementation>(connect(target, hostNameOverride, credentials))));
+      new Channel(target, std::make_unique<Implementation>(target, hostNameOverride, credentials)));
 }
 
 std::string withDefaultPort(const std::string &address) {

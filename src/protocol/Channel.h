@@ -8,7 +8,10 @@
 
 namespace velmora {
 
-/// A connection to a service, made when the first call needs it and again after it broke. Any thread.
+class CompletionThread;
+
+/// A connection to a service, made when the first call needs it and again after it broke. With the
+/// last one of the process gRPC ends whatever it has running. Any thread.
 class Channel {
  public:
   /// Plaintext. `address` is "host" or "host:port"; the port defaults to 443.
@@ -23,6 +26,8 @@ class Channel {
   Channel &operator=(const Channel &) = delete;
 
   [[nodiscard]] const std::string &address() const { return m_address; }
+  /// Where the operations of its calls complete.
+  [[nodiscard]] CompletionThread &completions() const;
   /// The `std::shared_ptr<grpc::Channel>`.
   [[nodiscard]] const void *native() const;
 

@@ -7,6 +7,8 @@
 #include <grpcpp/completion_queue.h>
 #include <openssl/crypto.h>
 
+#include <atomic>
+#include <condition_variable>
 #include <cstdlib>
 #include <mutex>
 #include <thread>
@@ -54,8 +56,7 @@ void *CompletionTag::asTag() {
 
 struct CompletionThread::Implementation {
   grpc::CompletionQueue queue;
-  std::thread thread;
-  bool stopped = false;  // on the thread only
+  std::atomic<bool> stopped = false;
 
   void run() {
     onCompletionThread = true;
@@ -68,22 +69,61 @@ struct CompletionThread::Implementation {
   }
 };
 
+/// The threads that run: the one that is held, and those that are about to end.
+struct CompletionThread::Running {
+  std::mutex mutex;
+  std::condition_variable changed;
+  std::weak_ptr<CompletionThread> held;  // this and below guarded by mutex
+  int count = 0;
+
+  static Running &all() {
+    // Never destroyed: a thread leaves it last.
+    static auto *const running = new Running;
+    return *running;
+  }
+  /// At the end of the process.
+  void stop() {
+    std::unique_lock lock(mutex);
+    if (const auto thread = held.lock()) {
+      lock.unlock();
+      thread->post([implementation = thread->m_implementation] { implementation->stopped = true; });
+      lock.lock();
+    }
+    if (!isCurrent()) changed.wait(lock, [this] { return count == 0; });
+  }
+};
+
+std::shared_ptr<CompletionThread> CompletionThread::shared() {
+  static const struct AtExit {
+    ~AtExit() { Running::all().stop(); }
+  } atExit;
+  Running &running = Running::all();
+  const std::lock_guard lock(running.mutex);
+  std::shared_ptr<CompletionThread> thread = running.held.lock();
+  if (!thread) {
+    running.held = thread = std::shared_ptr<CompletionThread>(new CompletionThread);
+    ++running.count;
+  }
+  return thread;
+}
+
 CompletionThread::CompletionThread() : m_implementation(new Implementation) {
-  m_implementation->thread = std::thread([implementation = m_implementation] { implementation->run(); });
+  // Nobody waits for it but the end of the process: the last to let go may be a completion.
+  std::thread([implementation = m_implementation] {
+    implementation->run();
+    // Calls of one that was stopped may still be given up.
+    if (!implementation->stopped) delete implementation;
+    Running &running = Running::all();
+    const std::lock_guard lock(running.mutex);
+    --running.count;
+    running.changed.notify_all();
+  }).detach();
 }
 
 CompletionThread::~CompletionThread() {
-  if (isCurrent()) {
-    m_implementation->thread.detach();
-    return;
-  }
-  post([implementation = m_implementation] { implementation->stopped = true; });
-  m_implementation->thread.join();
-}
-
-CompletionThread &CompletionThread::instance() {
-  static CompletionThread thread;
-  return thread;
+  // On the thread itself, which goes on to the end of what is waiting there.
+  if (!m_implementation->stopped)
+    post([implementation = m_implementation] { implementation->queue.Shutdown(); });
 }
 
 void *CompletionThread::queue() const { return &m_implementation->queue; }

@@ -1,10 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: Apache-2.0
 //
-// The one thread on which the operations of all client calls complete.
+// The one thread on which the operations of all client calls complete, while there are channels.
 #pragma once
 
 #include <functional>
+#include <memory>
 
 namespace velmora {
 
@@ -21,11 +22,18 @@ class CompletionTag {
   ~CompletionTag() = default;
 };
 
-/// Started on first use. It stops when the process exits, so that no completion runs while static objects go;
-/// calls that are still under way then never end. Every operation: any thread.
+/// There is one while anybody holds it; with the last channel it ends, and with it what gRPC has running by
+/// itself. Every operation: any thread.
 class CompletionThread {
  public:
-  static CompletionThread &instance();
+  /// The one of this process, made when nobody has it. Who starts an operation holds it until that is over.
+  static std::shared_ptr<CompletionThread> shared();
+  /// Ends when what is waiting there has completed, which may be a moment later. When the process exits while
+  /// it is still held, it stops at once, so that no completion runs while static objects go; calls that are
+  /// under way then never end.
+  ~CompletionThread();
+  CompletionThread(const CompletionThread &) = delete;
+  CompletionThread &operator=(const CompletionThread &) = delete;
 
   /// The `grpc::CompletionQueue`.
   [[nodiscard]] void *queue() const;
@@ -36,9 +44,9 @@ class CompletionThread {
 
  private:
   CompletionThread();
-  ~CompletionThread();
   struct Implementation;
-  Implementation *m_implementation;  // never deleted: calls may be given up after the thread has stopped
+  struct Running;
+  Implementation *const m_implementation;  // the thread's
 };
 
 /// Initialises gRPC once: its own messages on standard error stay off unless GRPC_VERBOSITY asks for them.

@@ -2,9 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/speech/SpeechRecognizer.h"
 
-#include <QCoreApplication>
 #include <QGuiApplication>
-#include <QPluginLoader>
 #include <condition_variable>
 #include <deque>
 #include <mutex>
@@ -13,6 +11,7 @@
 #include <utility>
 
 #include "foundation/Log.h"
+#include "platform/Plugin.h"
 #include "platform/audio/AudioConverter.h"
 #include "platform/audio/AudioSource.h"
 #include "platform/speech/PhraseDecoder.h"
@@ -27,11 +26,9 @@ constexpr std::uint32_t kFrames = 1600;  // 100 ms
 constexpr std::size_t kLongestQueue = 30;
 
 PhraseDecoderFactory *loadFactory() {
-  QPluginLoader plugin(QCoreApplication::applicationDirPath() + QLatin1String("/" VELMORA_SPEECH_ENGINE));
-  auto *const factory = qobject_cast<PhraseDecoderFactory *>(plugin.instance());
-  const std::string problem = factory             ? factory->problem()
-                              : plugin.isLoaded() ? "it is none"
-                                                  : plugin.errorString().toStdString();
+  std::string problem;
+  auto *const factory = Plugin("velmora-speech-engine").root<PhraseDecoderFactory>(problem);
+  if (factory != nullptr) problem = factory->problem();
   if (problem.empty()) return factory;
   log("Speech recognition cannot be had: ", problem);
   return nullptr;

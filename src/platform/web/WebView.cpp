@@ -2,10 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/web/WebView.h"
 
-#include <QCoreApplication>
 #include <QLabel>
 #include <QLoggingCategory>
-#include <QPluginLoader>
 #include <QPushButton>
 #include <QScopeGuard>
 #include <QStackedLayout>
@@ -13,6 +11,7 @@
 #include <QVBoxLayout>
 
 #include "foundation/Log.h"
+#include "platform/Plugin.h"
 
 namespace velmora {
 namespace {
@@ -51,10 +50,6 @@ WebView::WebView(QWidget *parent, const QString &engineFile)
 }
 
 WebView::~WebView() = default;
-
-QString WebView::defaultEngineFile() {
-  return QCoreApplication::applicationDirPath() + QLatin1String("/" VELMORA_WEB_ENGINE);
-}
 
 void WebView::setTrustedRoots(const std::filesystem::path &file) {
   m_trustedRoots = QString::fromStdString(file.string());
@@ -111,14 +106,14 @@ bool WebView::makeEngine() {
   // page, and tells what the graphics driver is like.
   QLoggingCategory::setFilterRules(QStringLiteral("default.warning=false\nqt.webenginecontext=false"));
   const auto heardAgain = qScopeGuard([] { QLoggingCategory::setFilterRules({}); });
-  QPluginLoader plugin(m_engineFile);
-  auto *factory = qobject_cast<WebEngineFactory *>(plugin.instance());
+  const Plugin plugin = m_engineFile.isEmpty() ? Plugin("velmora-web-engine") : Plugin(m_engineFile);
+  std::string reason;
+  auto *factory = plugin.root<WebEngineFactory>(reason);
   if (!factory) {
-    const QString reason = plugin.isLoaded() ? QStringLiteral("it is none") : plugin.errorString();
-    log("The web engine cannot be loaded: ", reason.toStdString());
+    log("The web engine cannot be loaded: ", reason);
     m_wanted = false;
     showNotice(tr("Web pages cannot be shown: the web engine is not installed."), false);
-    Q_EMIT engineMissing(reason);
+    Q_EMIT engineMissing(QString::fromStdString(reason));
     return false;
   }
   const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);

@@ -63,11 +63,9 @@ class WebView : public QWidget, private WebEngineClient {
   Q_OBJECT
 
  public:
-  explicit WebView(QWidget *parent = nullptr, const QString &engineFile = defaultEngineFile());
+  /// With an engine of its own, or the one that belongs to the running program.
+  explicit WebView(QWidget *parent = nullptr, const QString &engineFile = {});
   ~WebView() override;
-
-  /// The plugin that belongs to the running program.
-  [[nodiscard]] static QString defaultEngineFile();
 
   /// Null: every navigation is allowed. The delegate outlives the view or takes itself away.
   void setPolicyDelegate(WebPolicyDelegate *delegate) { m_delegate = delegate; }
