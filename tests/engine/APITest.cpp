@@ -4,10 +4,14 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <array>
+#include <filesystem>
+#include <fstream>
 #include <functional>
 #include <random>
 
+#include "engine/LocalAssistant.h"
 #include "support/CapturedLog.h"
 #include "support/Relay.h"
 #include "support/ScriptedServer.h"
@@ -99,9 +103,9 @@ struct Conversation {
     deployment.port = static_cast<std::uint16_t>(port != 0 ? port : server.port());
     open();
   }
-  void open() {
+  void open(std::chrono::milliseconds linger = API::kLinger) {
     api.reset();
-    api = std::make_unique<API>(screen, deployment, defaults);
+    api = std::make_unique<API>(screen, deployment, defaults, linger);
     api->setTurnObserver(&screen);
   }
   void turn(int frames = 1) {
@@ -379,6 +383,63 @@ TEST(API, MayGoInAnyPhaseAndNothingIsHeardAfterwards) {
     std::this_thread::sleep_for(std::chrono::microseconds(300));
     ASSERT_EQ(conversation.screen.heard.values().size(), heard);
     conversation.open();
+  }
+}
+
+TEST(API, AConversationGoesOnAfterItsChannelWasClosed) {
+  Inbox<std::string> states;
+  Conversation conversation([&](ScriptedServer::Call &call) -> End {
+    states.put(Request::parse(call.read().value()).config().converseState().conversationState());
+    call.readAll();
+    call.write(result("", "", stateOf(std::to_string(states.values().size()))));
+    return {};
+  });
+  conversation.open(std::chrono::milliseconds(0));
+  // Each begins at another moment of the closing.
+  for (std::size_t i = 1; i <= 30; ++i) {
+    conversation.turn();
+    conversation.screen.untilTurn(i);
+    std::this_thread::sleep_for(std::chrono::microseconds(i * 50));
+  }
+  const auto got = states.waitFor(30);
+  ASSERT_EQ(got.size(), 30U);
+  EXPECT_EQ(got.front(), "");
+  for (std::size_t i = 1; i < 30; ++i) EXPECT_EQ(got[i], std::to_string(i));
+  EXPECT_THAT(conversation.screen.ended.values(), ::testing::Each(0));
+}
+
+/// Those of this process, sorted.
+std::vector<std::string> threadNames() {
+  std::vector<std::string> names;
+  for (const auto &thread : std::filesystem::directory_iterator("/proc/self/task")) {
+    std::string name;
+    std::getline(std::ifstream(thread.path() / "comm"), name);
+    names.push_back(name);
+  }
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+TEST(API, NothingRunsWhenNothingWasAskedForAWhile) {
+  const LocalAssistant assistant({.program = VELMORA_ASSISTANT});  // a process of its own
+  UserDefaults defaults;
+  defaults.setObject(QString::fromStdString(assistant.token()), QStringLiteral("auth_token"));
+  Screen screen;
+  auto before = threadNames();
+  before.push_back(before.front());  // that of the drain
+  std::sort(before.begin(), before.end());
+  API api(screen, assistant.deployment(), defaults, std::chrono::milliseconds(0));
+  api.setTurnObserver(&screen);
+  const std::array<std::int16_t, 1600> silence{};
+  for (std::size_t turn = 1; turn <= 2; ++turn) {
+    api.beginTurn(100);
+    EXPECT_GT(threadNames().size(), before.size());
+    for (int i = 0; i < 3; ++i) api.sendAudioFrame(silence.data(), silence.size());
+    api.endAudio();
+    ASSERT_EQ(screen.ended.waitFor(turn).size(), turn);
+    EXPECT_EQ(screen.ended.values().back(), 0);
+    EXPECT_TRUE(tests::eventually([&] { return threadNames() == before; }))
+        << ::testing::PrintToString(threadNames());
   }
 }
 
