@@ -5,8 +5,11 @@
 namespace velmora {
 
 AssistantViewController::AssistantViewController(AssistantHost &host, UserDefaults &defaults)
-    : AssistantScreen(host, defaults) {
-  viewDidLoad();
+    : AssistantScreen(host, defaults) {}
+
+QWidget &AssistantViewController::view() {
+  if (!isViewLoaded()) viewDidLoad();
+  return *this;
 }
 
 }  // namespace velmora

@@ -15,7 +15,8 @@ class AssistantViewController final : public AssistantScreen, public ViewControl
   AssistantViewController(AssistantHost &host, UserDefaults &defaults);
   ~AssistantViewController() override { endConversation(); }
 
-  [[nodiscard]] QWidget &view() override { return *this; }
+  /// Sets up what is seen, the first time.
+  [[nodiscard]] QWidget &view() override;
 
  protected:
   void closeScreen() override { host().closeShownPopover(); }

@@ -297,6 +297,8 @@ TEST(AssistantViewController, SaysOnceThatThereIsNoMicrophoneAndClosesByItsHost)
   Host host;
   UserDefaults defaults;
   AssistantViewController screen(host, defaults);
+  EXPECT_THAT(alerts, IsEmpty());
+  (void)screen.view();
   EXPECT_THAT(alerts, ElementsAre("Please attach Audio Input device to start with Google Assistant"));
   EXPECT_EQ(screen.palette().color(QPalette::Window), QColor(71, 72, 72));
   screen.closeClick();

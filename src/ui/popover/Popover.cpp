@@ -33,15 +33,20 @@ void Popover::setTransient(bool transient) {
 }
 
 void Popover::setContentViewController(ViewController *controller) {
-  m_controller.setContentViewController(controller);
-  takeColours();
+  m_content = controller;
+  if (isShown()) {
+    m_controller.setContentViewController(controller);
+    takeColours();
+  } else if (m_controller.contentViewController() != controller) {
+    // Perhaps it goes before the next one is looked at.
+    m_controller.setContentViewController(nullptr);
+  }
 }
 
 /// The bubble goes on where the content ends.
 void Popover::takeColours() {
-  const ViewController *const content = m_controller.contentViewController();
   const QPalette palette =
-      content != nullptr ? m_controller.contentView()->palette() : QGuiApplication::palette();
+      m_content != nullptr ? m_controller.contentView()->palette() : QGuiApplication::palette();
   const QColor window = palette.color(QPalette::Window);
   const QColor text = palette.color(QPalette::WindowText);
   const auto mix = [](int a, int b) { return (3 * a + b) / 4; };
@@ -52,6 +57,7 @@ void Popover::takeColours() {
 
 void Popover::show(const QRectF &rect, QWidget *view, RectEdge preferredEdge) {
   if (isShown()) return;
+  m_controller.setContentViewController(m_content);
   takeColours();
   m_controller.setBorderWidth(1);
   m_controller.presentPopoverFromRect(rect, view, arrowFor(preferredEdge), view != nullptr);

@@ -15,8 +15,9 @@ class Popover {
  public:
   Popover();
 
-  /// Outlives the popover, or is taken back. A shown popover takes the new view's size.
-  [[nodiscard]] ViewController *contentViewController() const { return m_controller.contentViewController(); }
+  /// Outlives the popover, or is taken back. A shown popover takes the new view's size; one that is not asks
+  /// for the view when it will be.
+  [[nodiscard]] ViewController *contentViewController() const { return m_content; }
   void setContentViewController(ViewController *controller);
 
   /// Hears of opening and closing; outlives the popover, or is taken back.
@@ -39,6 +40,7 @@ class Popover {
   void takeColours();
 
   INPopoverController m_controller;
+  ViewController *m_content = nullptr;
 };
 
 }  // namespace velmora

@@ -16,6 +16,7 @@
 #include "ui/preferences/PreferenceKeys.h"
 #include "ui/shortcut/MASShortcutBinder.h"
 #include "ui/shortcut/MASShortcutMonitor.h"
+#include "ui/shortcut/MASShortcutView.h"
 #include "ui_PreferencesWindow.h"
 
 namespace velmora {
@@ -59,8 +60,16 @@ void PreferencesWindowController::showWindow() {
 }
 
 MASShortcutView &PreferencesWindowController::shortcutView() {
-  loadWindow();
-  return *m_ui->shortcutView;
+  if (m_recorder != nullptr) return *m_recorder;
+  m_recorder = new MASShortcutView(this);
+  m_recorder->setObjectName(QStringLiteral("shortcutView"));
+  m_recorder->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+  if (m_makeShortcut) {
+    m_shortcut = m_makeShortcut(*m_recorder);
+  } else {
+    m_recorder->setAssociatedUserDefaultsKey(kCustomShortcut);
+  }
+  return *m_recorder;
 }
 
 void PreferencesWindowController::loadWindow() {
@@ -71,11 +80,7 @@ void PreferencesWindowController::loadWindow() {
 }
 
 void PreferencesWindowController::windowDidLoad() {
-  if (m_makeShortcut) {
-    m_shortcut = m_makeShortcut(*m_ui->shortcutView);
-  } else {
-    m_ui->shortcutView->setAssociatedUserDefaultsKey(kCustomShortcut);
-  }
+  placeRecorder();
   layOutNotes();
   fillLanguages();
   QFont nameFont = m_ui->appName->font();
@@ -101,7 +106,16 @@ void PreferencesWindowController::windowDidLoad() {
   watchSettings();
   showShortcutNote();
   GeneralTabClick();
-  m_ui->shortcutView->setFocus();
+  m_recorder->setFocus();
+}
+
+/// What is registered at the start needs the recorder, and nothing else of the window.
+void PreferencesWindowController::placeRecorder() {
+  MASShortcutView &recorder = shortcutView();
+  m_ui->shortcutLayout->insertWidget(0, &recorder);
+  m_ui->shortcutLabel->setBuddy(&recorder);
+  setTabOrder(m_ui->tabs, &recorder);
+  setTabOrder(&recorder, m_ui->microphoneBox);
 }
 
 void PreferencesWindowController::layOutNotes() {
@@ -197,7 +211,7 @@ void PreferencesWindowController::watchSettings() {
 
 /// Nothing else tells the user that a shortcut belongs to somebody else.
 void PreferencesWindowController::showShortcutNote() {
-  const auto &shortcut = m_ui->shortcutView->shortcutValue();
+  const auto &shortcut = m_recorder->shortcutValue();
   const bool isBound = MASShortcutBinder::sharedBinder().isRegisteredAction(kCustomShortcut);
   const bool works = !shortcut || MASShortcutMonitor::sharedMonitor().isShortcutRegistered(*shortcut);
   m_ui->shortcutNote->setVisible(isBound && !works);

@@ -39,7 +39,7 @@ class PreferencesWindowController : public QWidget {
   /// Opens the window, or brings it to the front.
   void showWindow();
 
-  /// The recorder; the window is made with it, and need not be shown.
+  /// The recorder, which is there before the rest of the window is needed.
   [[nodiscard]] MASShortcutView &shortcutView();
 
   void GeneralTabClick();
@@ -57,6 +57,7 @@ class PreferencesWindowController : public QWidget {
  private:
   void loadWindow();
   void windowDidLoad();
+  void placeRecorder();
   void layOutNotes();
   void fillLanguages();
   void connectControls();
@@ -70,7 +71,8 @@ class PreferencesWindowController : public QWidget {
   ShortcutMaker m_makeShortcut;
   LoginItem m_loginItem;
   bool m_isShowing = false;                     // a setting, which is none of the user's doing
-  std::unique_ptr<Ui::PreferencesWindow> m_ui;  // null until the window is needed
+  MASShortcutView *m_recorder = nullptr;        // the window's; null until it is needed
+  std::unique_ptr<Ui::PreferencesWindow> m_ui;  // null until the window is shown
   std::shared_ptr<void> m_shortcut;
   std::vector<UserDefaults::Observation> m_observations;
   Alive m_alive;
