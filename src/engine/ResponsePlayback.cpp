@@ -12,11 +12,14 @@
 namespace velmora {
 namespace {
 
+/// Null where nothing can sound at all.
 std::shared_ptr<AudioPlayer> startPrompt() {
   QFile file(QStringLiteral(":/velmora/begin_prompt.mp3"));
   if (!file.open(QFile::ReadOnly)) fatal("The resource begin_prompt.mp3 is missing");
   try {
     return std::make_shared<AudioPlayer>(file.readAll().toStdString());
+  } catch (const NoSound &) {
+    return nullptr;
   } catch (const AudioError &error) {
     fatal(std::string("The resource begin_prompt.mp3 cannot be played: ") + error.what());
   }
@@ -80,6 +83,7 @@ void ResponsePlayback::playStartPrompt() {
     if (!m_prompt) m_prompt = startPrompt();
     prompt = m_prompt;
   }
+  if (!prompt) return;
   prompt->stop();
   prompt->play();
 }

@@ -18,6 +18,12 @@ class AudioError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+/// What sound needs is not installed: nothing can be done about any of it.
+class NoSound : public AudioError {
+ public:
+  using AudioError::AudioError;
+};
+
 /// The audio is longer than `AudioSource::longestSeconds`; what was read of it so far is good.
 class AudioTooLong : public AudioError {
  public:

@@ -50,7 +50,7 @@ void Playback::fail(const std::string &reason) {
 
 void Playback::soundServerChanged() {
   if (!m_ended) return;
-  if (!m_connection.context()) {
+  if (!m_connection.currentInputs()) {
     if (m_stream) finish(false);  // why is in the log already
     return;
   }
@@ -83,7 +83,7 @@ void Playback::streamWants(std::size_t bytes) {
 void Playback::streamDrained() { finish(true); }
 
 void Playback::streamFailed(const std::string &reason) {
-  if (m_connection.context()) {
+  if (m_connection.currentInputs()) {
     fail(reason);
   } else {
     finish(false);  // why is in the log already

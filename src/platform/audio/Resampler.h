@@ -26,9 +26,18 @@ class Resampler {
   /// Samples are filtered in blocks: large ones spare a third of the time, small ones halve the delay.
   enum class Blocks { large, small };
 
+  /// What converts.
+  class Filter {
+   public:
+    virtual ~Filter() = default;
+    /// Takes `count` samples at the most, and says how many it used and how many came out.
+    virtual std::size_t process(const float *in, std::size_t count, std::size_t &used,
+                                std::span<std::byte> out) = 0;
+    virtual void clear() = 0;
+  };
+
   /// Rates in Hz. Throws `AudioError` for rates that cannot be converted.
   Resampler(int fromRate, int toRate, SampleType output, Blocks blocks);
-  ~Resampler();
   Resampler(const Resampler &) = delete;
   Resampler &operator=(const Resampler &) = delete;
 
@@ -39,10 +48,9 @@ class Resampler {
   std::size_t flush(std::span<std::byte> out);
 
   /// Forgets what has come so far.
-  void clear();
+  void clear() { m_filter->clear(); }
 
  private:
-  struct Filter;
   std::unique_ptr<Filter> m_filter;
 };
 

@@ -9,9 +9,11 @@
 //   connecting, connected --refused, died--> waiting (100 ms to 1 s)
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -20,6 +22,8 @@
 #include "platform/audio/CallbackThread.h"
 
 namespace velmora {
+
+class SoundServer;
 
 class SoundConnection {
  public:
@@ -41,12 +45,16 @@ class SoundConnection {
     bool serverHasDefault = false;  ///< it is what the server gives to who has no wish
 
     /// Null when there is no such device.
-    [[nodiscard]] const AudioDevice *find(const std::string &name) const;
+    [[nodiscard]] const AudioDevice *find(const std::string &name) const {
+      const auto found = std::find_if(devices.begin(), devices.end(),
+                                      [&name](const AudioDevice &device) { return device.name == name; });
+      return found == devices.end() ? nullptr : &*found;
+    }
     [[nodiscard]] bool has(const std::string &name) const { return find(name) != nullptr; }
   };
 
-  /// The connection of this process; made when nobody has it, and closed when the last one lets it go, which
-  /// must not be on the sound thread. Any thread.
+  /// The connection of this process; made when nobody has it, opened when something is first asked of it, and
+  /// closed when the last one lets it go, which must not be on the sound thread. Any thread.
   static std::shared_ptr<SoundConnection> shared();
   ~SoundConnection();
   SoundConnection(const SoundConnection &) = delete;
@@ -77,15 +85,15 @@ class SoundConnection {
   [[nodiscard]] const Inputs *currentInputs() const;
   /// Whether the lack of a server is in the log already.
   [[nodiscard]] bool lossIsLogged() const;
-  /// The library's context; null while not connected.
-  [[nodiscard]] void *context() const;
+  /// What speaks with the sound server.
+  [[nodiscard]] SoundServer &server() const;
 
  private:
-  class Server;
   SoundConnection();
 
   CallbackThread m_playerCallbacks{"player-callback"};  // outlives the sound thread, which posts to it
-  const std::unique_ptr<Server> m_server;
+  mutable std::once_flag m_isOpened;
+  mutable std::unique_ptr<SoundServer> m_server;  // null until it is opened
 };
 
 }  // namespace velmora

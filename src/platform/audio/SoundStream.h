@@ -52,20 +52,17 @@ class SoundStream {
                                                int channels);
 
   /// Falls silent at once.
-  ~SoundStream();
+  virtual ~SoundStream() = default;
   SoundStream(const SoundStream &) = delete;
   SoundStream &operator=(const SoundStream &) = delete;
 
   /// Whole frames, at most what was wanted.
-  void write(std::span<const std::int16_t> samples);
+  virtual void write(std::span<const std::int16_t> samples) = 0;
   /// Asks for `streamDrained`; to be called once, after the last `write`.
-  void drain();
+  virtual void drain() = 0;
 
- private:
-  struct Stream;
-  explicit SoundStream(std::unique_ptr<Stream> stream);
-
-  std::unique_ptr<Stream> m_stream;
+ protected:
+  SoundStream() = default;
 };
 
 }  // namespace velmora
