@@ -6,12 +6,11 @@
 
 #include "auth/Authenticator.h"
 #include "auth/HttpClient.h"
+#include "auth/HttpEngine.h"
 #include "auth/TokenStore.h"
 #include "fuzz/Input.h"
 #include "fuzz/Setup.h"
 #include "tests/support/TemporaryFolder.h"
-
-class QNetworkAccessManager {};
 
 namespace velmora {
 namespace {

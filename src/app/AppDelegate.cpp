@@ -80,7 +80,6 @@ void AppDelegate::applicationWillFinishLaunching() {
 
 void AppDelegate::applicationDidFinishLaunching() {
   m_userDefaults.registerDefaults({{kCrashOnExceptionsKey, true}});
-  startCrashReports();
   // False where nothing was ever chosen.
   LoginItem(kLoginHelperIdentifier).setEnabled(m_userDefaults.boolForKey(kRunAtLaunchEnableKey));
   setUpStatusItem();

@@ -4,7 +4,8 @@
 
 namespace velmora {
 
-/// From now on a crash leaves a report in the user's state folder, which goes nowhere by itself.
+/// From now on a crash leaves a report in the user's state folder, which goes nowhere by itself. Before there
+/// are other threads.
 void startCrashReports();
 
 /// Asks the user what to do with the report of an earlier crash, if there is one: to keep it for whoever

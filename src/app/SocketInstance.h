@@ -2,7 +2,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <QLocalServer>
+#include <QSocketNotifier>
+#include <filesystem>
+#include <memory>
 
 #include "app/SingleInstance.h"
 #include "foundation/Descriptor.h"
@@ -18,11 +20,13 @@ class SocketInstance final : public SingleInstance {
   [[nodiscard]] static bool send(const QString &command);
 
  private:
-  SocketInstance(const Handler &handler, Descriptor lock, const QString &socket);
-  void serve();
+  SocketInstance(const Handler &handler, Descriptor lock, const std::filesystem::path &socket);
+  void accept();
+  void hear(Descriptor asker);
 
   const Descriptor m_lock;  // held to the end of the process, however it ends
-  QLocalServer m_server;
+  const Descriptor m_listener;
+  std::unique_ptr<QSocketNotifier> m_notifier;  // and those of who is heard, as its children
 };
 
 }  // namespace velmora

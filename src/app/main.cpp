@@ -8,6 +8,7 @@
 #include <QApplication>
 #include <QIcon>
 #include <QLocale>
+#include <chrono>
 #include <csignal>
 #include <iostream>
 #include <string>
@@ -15,9 +16,11 @@
 
 #include "app/AppDelegate.h"
 #include "app/ApplicationOptions.h"
+#include "app/CrashReports.h"
 #include "app/SingleInstance.h"
 #include "app/TerminationSignals.h"
 #include "foundation/Log.h"
+#include "foundation/MainQueue.h"
 #include "foundation/StandardStreams.h"
 #include "ui/Translations.h"
 #include "ui/preferences/PreferenceKeys.h"
@@ -27,6 +30,7 @@ namespace {
 
 constexpr int kFailed = 1;
 constexpr int kUsage = 2;
+constexpr std::chrono::milliseconds kBeforeWindowIcon{500};
 
 std::optional<Deployment> configuredDeployment(const ApplicationOptions &options) {
   const auto folder = Deployment::configuredFolder(options.deployment);
@@ -59,7 +63,10 @@ int runApplication(const ApplicationOptions &options) {
   QApplication::setQuitOnLastWindowClosed(false);
   const QString language = UserDefaults::standard().stringForKey(kLanguageKey);
   installTranslations(language.isEmpty() ? QLocale() : QLocale(language));
-  QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/velmora.png")));
+  const Alive alive;
+  // For windows, which nobody sees so soon; the icon in the status bar need not wait for it to be read.
+  MainQueue::main().after(kBeforeWindowIcon, alive,
+                          [] { QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/velmora.png"))); });
 
   AppDelegate *delegate = nullptr;
   QString early;  // what was asked for while this one was starting
@@ -96,6 +103,7 @@ int runProgram(int argc, char **argv) {
       return failed("there is no display to show it on; velmora-converse works without one", kFailed);
     }
     setLogSink(sinkForWhoReads());
+    startCrashReports();
     QCoreApplication::setApplicationName(QStringLiteral("velmora"));
     QCoreApplication::setApplicationVersion(QStringLiteral(VELMORA_VERSION));
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Velmora"));

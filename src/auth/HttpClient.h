@@ -14,11 +14,9 @@
 #include "auth/JsonValue.h"
 #include "foundation/MainQueue.h"
 
-class QByteArray;
-class QNetworkAccessManager;
-class QNetworkReply;
-
 namespace velmora {
+
+class HttpSession;
 
 /// Why there is no answer, in one line that holds nothing of the request or the answer.
 struct HttpError {
@@ -51,12 +49,11 @@ class HttpClient {
   void postForm(const QString &url, const Parameters &parameters, Completion completion);
 
  private:
-  QNetworkReply *send(const QString &url, const QByteArray &form);
   void deliver(Completion completion, Answer answer);
 
   std::filesystem::path m_roots;
   std::chrono::milliseconds m_timeout;
-  std::unique_ptr<QNetworkAccessManager> m_manager;  // made by the first request
+  std::unique_ptr<HttpSession> m_session;  // made by the first request
   Alive m_alive;
 };
 

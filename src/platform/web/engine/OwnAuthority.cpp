@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/web/engine/OwnAuthority.h"
 
+#include <openssl/crypto.h>
 #include <openssl/x509.h>
 #include <openssl/x509_vfy.h>
 #include <openssl/x509v3.h>
@@ -10,6 +11,10 @@
 
 namespace velmora {
 namespace {
+
+/// Who carries the turns needs OpenSSL to the very end of the process. Only its first initialisation counts,
+/// which may be the one for a page.
+[[maybe_unused]] const int keepOpenSsl = OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr);
 
 template <auto release>
 struct Release {
