@@ -85,9 +85,13 @@ void MainQueue::async(const Alive &owner, Work work) {
 
 void MainQueue::after(std::chrono::milliseconds delay, const Alive &owner, Work work) {
   async([delay, watch = owner.watch(), work = std::move(work)]() mutable {
-    QTimer::singleShot(delay, [watch = std::move(watch), work = std::move(work)] {
+    auto *const timer = new QTimer(QCoreApplication::instance());
+    timer->setSingleShot(true);
+    QObject::connect(timer, &QTimer::timeout, [timer, watch = std::move(watch), work = std::move(work)] {
+      timer->deleteLater();
       if (!watch.expired()) work();
     });
+    timer->start(delay);
   });
 }
 
