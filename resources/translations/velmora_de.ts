@@ -432,6 +432,10 @@ Wenn Sie genau diese Tasten möchten: Die meisten Tastenkürzel lassen sich in d
         <source>The assistant was interrupted. Please try again.</source>
         <translation>Der Assistent wurde unterbrochen. Bitte versuchen Sie es noch einmal.</translation>
     </message>
+    <message>
+        <source>A part of Velmora is missing or damaged. Please install Velmora again.</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>velmora::ConversationHistory</name>

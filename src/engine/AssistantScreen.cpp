@@ -53,10 +53,9 @@ QString capitalised(const QString &text) {
 
 }  // namespace
 
-AssistantScreen::AssistantScreen(AssistantHost &host, UserDefaults &defaults, const QString &conversationFile)
+AssistantScreen::AssistantScreen(AssistantHost &host, UserDefaults &defaults)
     : m_host(host),
       m_defaults(defaults),
-      m_plugin(conversationFile.isEmpty() ? Plugin("velmora-conversation") : Plugin(conversationFile)),
       m_settingsWindow(host.information(), defaults),
       m_capture([this](const std::int16_t *samples, std::ptrdiff_t count) {
         // There is one: the microphone is opened after a turn was begun, and stopped before it goes.
@@ -171,7 +170,7 @@ void AssistantScreen::showEvent(QShowEvent *event) {
   QWidget::showEvent(event);
   m_isClosed = false;
   // Who opens it is about to talk.
-  if (!m_api) m_plugin.preload();
+  if (!m_api) preloadConversations();
 }
 
 void AssistantScreen::hideEvent(QHideEvent *event) {
@@ -194,13 +193,13 @@ Conversation *AssistantScreen::api() {
   if (m_api && !isListening() && !m_isWaiting && m_apiToken != token) m_api.reset();
   if (m_api) return m_api.get();
   std::string problem;
-  auto *const factory = m_plugin.root<ConversationFactory>(problem);
+  ConversationFactory *const factory = conversationFactory(problem);
   if (factory == nullptr) {
     log("The assistant cannot be spoken with: ", problem);
     return nullptr;
   }
   m_apiToken = token;
-  m_api = factory->make(*this, *this, *m_host.deployment(), m_defaults, logLine);
+  m_api = factory->make(*this, *this, *m_host.deployment(), m_defaults);
   return m_api.get();
 }
 

@@ -19,7 +19,6 @@
 #include "engine/ResponsePlayback.h"
 #include "foundation/MainQueue.h"
 #include "foundation/UserDefaults.h"
-#include "platform/Plugin.h"
 #include "ui/help/HelpWindow.h"
 #include "ui/preferences/PreferencesWindowController.h"
 
@@ -49,9 +48,8 @@ class AssistantScreen : public QWidget,
   Q_OBJECT
 
  public:
-  /// The host and the settings outlive the screen. Its conversations are those of a plugin of its own, or of
-  /// the one that belongs to the running program.
-  AssistantScreen(AssistantHost &host, UserDefaults &defaults, const QString &conversationFile = {});
+  /// The host and the settings outlive the screen.
+  AssistantScreen(AssistantHost &host, UserDefaults &defaults);
   ~AssistantScreen() override;
 
   /// Whether the microphone is open.
@@ -145,7 +143,6 @@ class AssistantScreen : public QWidget,
 
   AssistantHost &m_host;
   UserDefaults &m_defaults;
-  const Plugin m_plugin;                    // of the conversations
   std::unique_ptr<Ui::AssistantView> m_ui;  // null until it is loaded
   QMenu *m_gearMenu = nullptr;              // the gear's
   PreferencesWindowController m_settingsWindow;

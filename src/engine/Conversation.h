@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: Apache-2.0
 //
-// Between a screen and what speaks with the service for it. That brings sixty libraries along, so it lives in
-// a plugin, which is loaded when the user first wants to talk.
+// Between a screen and what speaks with the service for it. That brings sixty libraries along: the program in
+// the status bar loads them when the user is about to talk, the others are linked with them.
 #pragma once
 
 #include <QtPlugin>
@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <string>
 #include <string_view>
 
 #include "engine/ConversationTextDelegate.h"
@@ -42,18 +43,30 @@ class Conversation {
   virtual void continueIfFollowUp() = 0;
 };
 
-/// The root of the plugin. Main thread.
+/// Main thread.
 class ConversationFactory {
  public:
   virtual ~ConversationFactory() = default;
-  /// The delegate and the observer outlive the conversation. `log` gets the lines of the whole plugin from
-  /// now on, on any thread. Fatal as `API` is.
+  /// The delegate and the observer outlive the conversation. Fatal as `API` is.
   virtual std::unique_ptr<Conversation> make(ConversationTextDelegate &delegate,
                                              ConversationObserver &observer, const Deployment &deployment,
-                                             const UserDefaults &defaults,
-                                             const std::function<void(std::string_view line)> &log) = 0;
+                                             const UserDefaults &defaults) = 0;
 };
+
+/// The root of the plugin.
+class ConversationPluginRoot {
+ public:
+  virtual ~ConversationPluginRoot() = default;
+  /// `log` gets the lines of the plugin from now on, on any thread.
+  virtual ConversationFactory &factory(const std::function<void(std::string_view line)> &log) = 0;
+};
+
+/// What makes the conversations of this process: what is linked, unless the program brings another definition
+/// of this and the next. Null, with the reason, when there can be none. Main thread.
+ConversationFactory *conversationFactory(std::string &problem);
+/// Has it made ready on another thread, for who is about to ask for it. Any thread.
+void preloadConversations();
 
 }  // namespace velmora
 
-Q_DECLARE_INTERFACE(velmora::ConversationFactory, "velmora.ConversationFactory/1")
+Q_DECLARE_INTERFACE(velmora::ConversationPluginRoot, "velmora.ConversationPluginRoot/1")

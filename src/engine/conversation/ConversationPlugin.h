@@ -8,15 +8,13 @@
 
 namespace velmora {
 
-class ConversationPlugin : public QObject, public ConversationFactory {
+class ConversationPlugin : public QObject, public ConversationPluginRoot {
   Q_OBJECT
-  Q_PLUGIN_METADATA(IID "velmora.ConversationFactory/1")
-  Q_INTERFACES(velmora::ConversationFactory)
+  Q_PLUGIN_METADATA(IID "velmora.ConversationPluginRoot/1")
+  Q_INTERFACES(velmora::ConversationPluginRoot)
 
  public:
-  std::unique_ptr<Conversation> make(ConversationTextDelegate &delegate, ConversationObserver &observer,
-                                     const Deployment &deployment, const UserDefaults &defaults,
-                                     const std::function<void(std::string_view line)> &log) override;
+  ConversationFactory &factory(const std::function<void(std::string_view line)> &log) override;
 };
 
 }  // namespace velmora

@@ -8,6 +8,7 @@
 #include <QLocale>
 #include <QPushButton>
 #include <QStyle>
+#include <QTabBar>
 #include <algorithm>
 #include <utility>
 
@@ -114,8 +115,7 @@ void PreferencesWindowController::placeRecorder() {
   MASShortcutView &recorder = shortcutView();
   m_ui->shortcutLayout->insertWidget(0, &recorder);
   m_ui->shortcutLabel->setBuddy(&recorder);
-  setTabOrder(m_ui->tabs, &recorder);
-  setTabOrder(&recorder, m_ui->microphoneBox);
+  setTabOrder(m_ui->tabs->tabBar(), &recorder);
 }
 
 void PreferencesWindowController::layOutNotes() {
