@@ -434,7 +434,7 @@ Wenn Sie genau diese Tasten möchten: Die meisten Tastenkürzel lassen sich in d
     </message>
     <message>
         <source>A part of Velmora is missing or damaged. Please install Velmora again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Ein Teil von Velmora fehlt oder ist beschädigt. Bitte installieren Sie Velmora neu.</translation>
     </message>
 </context>
 <context>

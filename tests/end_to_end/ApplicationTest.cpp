@@ -8,6 +8,7 @@
 #include <signal.h>
 
 #include <QCoreApplication>
+#include <QDateTime>
 #include <fstream>
 #include <optional>
 
@@ -382,6 +383,42 @@ TEST_F(Desktop, WithoutAPanelItShowsItselfAndOneThatComesIsUsed) {
   EXPECT_TRUE(sees("", "Sign in to Velmora")) << m_reader->text();
   startPanel();
   ASSERT_TRUE(sees("label", "This is where Velmora is")) << m_reader->text();
+}
+
+TEST_F(Desktop, AMissingPartIsSaidAndTheRestGoesOn) {
+  UserDefaults settings = defaults();
+  for (const QLatin1String key : {kAuthTokenKey, kRefreshTokenKey})
+    settings.setObject(QStringLiteral("of another time"), key);
+  settings.setObject(QDateTime::currentDateTimeUtc().addDays(-1), kExpiresInKey);
+  settings.setObject(true, QStringLiteral("isFirstTime"));
+  settings.setObject(true, kLoggedInKey);
+  settings.synchronize();
+  startPanel();
+  const fs::path program = VELMORA;
+  const fs::path parts = VELMORA_PARTS;
+  const struct {
+    const char *part, *line, *shown;
+  } cases[] = {{"velmora-conversation.so", "The assistant cannot be spoken with: ",
+                "A part of Velmora is missing or damaged. Please install Velmora again."},
+               {"velmora-sound-engine.so", "Audio error: sound cannot be had: ", "Google Assistant"},
+               {"velmora-http-engine.so", "Token refresh error: requests cannot be sent: ", nullptr}};
+  for (const auto &c : cases) {
+    const tests::TemporaryFolder place;
+    const fs::path folder = place.path() / "bin";
+    const fs::path others = (folder / parts.lexically_relative(program.parent_path())).lexically_normal();
+    fs::create_directories(folder);
+    fs::create_directories(others);
+    fs::copy(program, folder / "velmora");
+    fs::create_symlink(program.parent_path() / "velmora-assistant", folder / "velmora-assistant");
+    for (const auto &part : fs::directory_iterator(parts))
+      if (part.path().filename() != c.part) fs::create_symlink(part, others / part.path().filename());
+    m_velmora.emplace((folder / "velmora").string(), std::vector<std::string>{}, environment());
+    EXPECT_TRUE(eventually([] { return startAgain({"--listen"}) == 0; }));
+    EXPECT_TRUE(m_velmora->waitForOut(c.line)) << m_velmora->out();
+    if (c.shown != nullptr) EXPECT_TRUE(eventually([&] { return isShown(c.shown); })) << c.shown;
+    m_velmora->signal(SIGTERM);
+    EXPECT_EQ(m_velmora->wait(), 0) << c.part;
+  }
 }
 
 TEST_F(Desktop, WrongArgumentsAndDeploymentsAreSaidInALine) {
