@@ -248,38 +248,37 @@ class Soak {
 
   void look() {
     close();
-    // What a closed window frees takes a moment, some of its threads a few more.
+    // What a closed window frees takes a moment.
     std::this_thread::sleep_for(3s);
-    auto now = ProcessFigures::of(m_velmora->pid());
-    const auto first = m_figures.lower_bound(kWarm);
-    if (m_turn == m_turns && first != m_figures.end()) {
-      const ProcessFigures &then = first->second;
-      for (int i = 0; i < 20 && (now.threads > then.threads || now.descriptors > then.descriptors); ++i) {
-        std::this_thread::sleep_for(1s);
-        now = ProcessFigures::of(m_velmora->pid());
-      }
-    }
+    const auto now = ProcessFigures::of(m_velmora->pid());
     m_figures[m_turn] = now;
     std::printf("%6d %9ld %9ld %9ld %8ld %12ld %9ld\n", m_turn, now.proportional, now.resident, now.own,
                 now.threads, now.descriptors, now.children);
     m_listened = logged("audio listening..");
   }
-  /// The rows after the first turns, the first of them against the last.
+  /// The first third after the first turns against the last rows. Libraries have threads that come and go:
+  /// left over is what is there in each of the last rows and was in none of the first.
   bool judge() {
-    const auto first = m_figures.lower_bound(kWarm);
-    if (first == m_figures.end()) return true;
-    const ProcessFigures &then = first->second;
-    const ProcessFigures &now = m_figures.rbegin()->second;
+    const auto begin = m_figures.lower_bound(kWarm);
+    if (begin == m_figures.end()) return true;
+    const auto end = m_figures.upper_bound(std::max(begin->first, m_turns / 3));
+    const auto last =
+        std::prev(m_figures.end(), std::min<std::ptrdiff_t>(3, std::distance(begin, m_figures.end())));
     bool isWell = true;
     const auto complain = [&](bool grew, const char *what) {
       if (!grew) return;
       isWell = false;
       std::cerr << "soak: " << what << '\n';
     };
-    complain(now.own - then.own > kMostGrowth, "memory grew");
-    complain(now.threads > then.threads, "threads are left over");
-    complain(now.descriptors > then.descriptors, "descriptors are left over");
-    complain(now.children > then.children, "children are left over");
+    const auto isLeft = [&](long ProcessFigures::*count) {
+      const auto fewer = [count](const auto &a, const auto &b) { return a.second.*count < b.second.*count; };
+      return std::min_element(last, m_figures.end(), fewer)->second.*count >
+             std::max_element(begin, end, fewer)->second.*count;
+    };
+    complain(m_figures.rbegin()->second.own - begin->second.own > kMostGrowth, "memory grew");
+    complain(isLeft(&ProcessFigures::threads), "threads are left over");
+    complain(isLeft(&ProcessFigures::descriptors), "descriptors are left over");
+    complain(isLeft(&ProcessFigures::children), "children are left over");
     return isWell;
   }
 
