@@ -14,13 +14,19 @@ LoginViewController::LoginViewController(const Deployment &deployment, UserDefau
       m_loopbackPrefix(QString::fromStdString(deployment.loopbackPrefix)),
       m_defaults(defaults),
       m_authenticator(deployment, defaults),
-      m_ui(std::make_unique<Ui::LoginView>()) {
-  m_ui->setupUi(this);
-  m_ui->webView2->setTrustedRoots(deployment.resource("roots", "pem"));
-  viewDidLoad();
-}
+      m_roots(deployment.resource("roots", "pem")) {}
 
 LoginViewController::~LoginViewController() = default;
+
+QWidget &LoginViewController::view() {
+  if (!m_ui) {
+    m_ui = std::make_unique<Ui::LoginView>();
+    m_ui->setupUi(this);
+    m_ui->webView2->setTrustedRoots(m_roots);
+    viewDidLoad();
+  }
+  return *this;
+}
 
 void LoginViewController::viewDidLoad() {
   m_ui->webView2->setFrameLoadDelegate(this);
@@ -29,12 +35,15 @@ void LoginViewController::viewDidLoad() {
   loadLoginUrl();
 }
 
-void LoginViewController::loadLoginUrl() { m_ui->webView2->load(loginPage(m_authenticator.loginUrl())); }
+void LoginViewController::loadLoginUrl() {
+  (void)view();
+  m_ui->webView2->load(loginPage(m_authenticator.loginUrl()));
+}
 
 void LoginViewController::hideEvent(QHideEvent *event) {
   QWidget::hideEvent(event);
   // Who is signed in does not come back soon, and a page takes hundreds of megabytes.
-  if (m_defaults.boolForKey(kLoggedInKey)) m_ui->webView2->unload();
+  if (m_ui && m_defaults.boolForKey(kLoggedInKey)) m_ui->webView2->unload();
 }
 
 void LoginViewController::didFailLoad(WebView &webView, const QUrl &url) {

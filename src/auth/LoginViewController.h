@@ -4,6 +4,7 @@
 
 #include <QVariant>
 #include <QWidget>
+#include <filesystem>
 #include <memory>
 
 #include "auth/Authenticator.h"
@@ -29,7 +30,8 @@ class LoginViewController : public QWidget,
   LoginViewController(const Deployment &deployment, UserDefaults &defaults, QWidget *parent = nullptr);
   ~LoginViewController() override;
 
-  [[nodiscard]] QWidget &view() override { return *this; }
+  /// Sets up what is seen, the first time, with the first page of the sign-in.
+  [[nodiscard]] QWidget &view() override;
 
   /// Shows the first page of the sign-in.
   void loadLoginUrl();
@@ -51,7 +53,8 @@ class LoginViewController : public QWidget,
   UserDefaults &m_defaults;
   Authenticator m_authenticator;
   QVariant m_representedObject;
-  std::unique_ptr<Ui::LoginView> m_ui;
+  std::filesystem::path m_roots;
+  std::unique_ptr<Ui::LoginView> m_ui;  // null until it is loaded
 };
 
 }  // namespace velmora

@@ -247,12 +247,13 @@ void API::drainTurns() {
 void API::closeService(std::unique_lock<std::mutex> &lock) {
   if (!m_closesAt || Clock::now() < *m_closesAt) return;
   m_closesAt.reset();
-  const std::shared_ptr<Service> service = std::move(m_service);
+  std::shared_ptr<Service> service = std::exchange(m_service, nullptr);
   std::shared_ptr<ConverseCall> call;
   if (m_turn) call = std::exchange(m_turn->call, nullptr);
+  // What goes with them must not find the lock held.
   lock.unlock();
-  // The call may be given up here, which must not happen under the lock.
   call.reset();
+  service.reset();
   lock.lock();
 }
 

@@ -79,7 +79,7 @@ TEST_P(EachWayBack, IsOneExchangeAndShowsTheConsentPageAfresh) {
   LoginViewController screen(deployment, defaults);
   const auto title = [&] { return engineIn(screen)->property("title").toString(); };
   EXPECT_EQ(engineIn(screen), nullptr) << "nothing is loaded before it is shown";
-  screen.show();
+  screen.view().show();
   ASSERT_TRUE(runUntil([&] { return signedIn() && title() == QStringLiteral("consent"); }));
   EXPECT_THAT(codes(), testing::ElementsAre("ABC"));
   EXPECT_EQ(countOf(server, "GET /auth"), 2);
@@ -103,7 +103,7 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(SignInTest, ARedirectWithoutACodeShowsTheScreensPageAfreshOnly) {
   answerFirst({.status = 302, .headers = {{"Location", "http://localhost/?denied"}}});
   LoginViewController screen(deployment, defaults);
-  screen.show();
+  screen.view().show();
   EXPECT_TRUE(runUntil([&] { return visits == 2; }));
   EXPECT_TRUE(codes().empty());
 }

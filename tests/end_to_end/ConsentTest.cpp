@@ -119,7 +119,7 @@ TEST_F(ConsentTest, AClickInTheWindowSignsIn) {
 TEST_F(ConsentTest, TheKeyboardSignsInOnTheScreen) {
   Assistant assistant;
   LoginViewController screen(assistant.deployment, defaults);
-  screen.show();
+  screen.view().show();
   screen.activateWindow();
   (void)waitForButton();
   EXPECT_TRUE(type({"Tab", "Return"}));
@@ -159,7 +159,7 @@ TEST_F(ConsentTest, AServiceThatIsGoneIsToldAndComesBackWithAButton) {
   EXPECT_FALSE(signedIn());
 
   LoginViewController later(deployment, defaults);
-  later.show();
+  later.view().show();
   later.activateWindow();
   ASSERT_TRUE(runUntil([&] { return !notice(later).isEmpty(); }));
   window.close();
