@@ -96,6 +96,11 @@ TEST_F(DialogueTest, Answers) {
       {"divide one by zero", "Nothing can be divided by zero."},
       {"what is fifteen percent of eighty", "15% of 80 = 12"},
       {"what is three cubed", "3^3 = 27"},
+      {"two to the tenth power", "2^10 = 1,024"},
+      {"what is two to the power of zero point five", "2^0.5 ≈ 1.41"},
+      {"what is the difference between three and seven", "7 − 3 = 4"},
+      {"what is the quotient of three and zero", "Nothing can be divided by zero."},
+      {"how much is ten take away three", "10 − 3 = 7"},
       {"what is zero to the power of minus one", "That cannot be calculated."},
       {"what is the square root of minus four", "A negative number has no real square root."},
       {"what's the cube root of minus twenty seven", "The cube root of -27 = -3"},
@@ -130,6 +135,8 @@ TEST_F(DialogueTest, ChangesTheVolumeWithinItsRange) {
                {"set the volume to zero percent", 60, 10},
                {"set the volume to forty", 60, 40},
                {"set the volume to maximum", 60, 100},
+               {"turn it all the way up", 60, 100},
+               {"turn the volume all the way down", 60, 10},
                {"what time is it", 60, {}}};
   for (const auto &c : cases)
     EXPECT_EQ(dialogue.answer(c.words, {.state = {}, .volume = c.volume}).volume, c.changed) << c.words;

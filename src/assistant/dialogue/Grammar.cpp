@@ -132,20 +132,21 @@ void Grammar::buildRule(const std::string &name, int from, int to, double probab
   if (found == m_rules.end()) throw std::invalid_argument("there is no rule <" + name + '>');
   if (std::exchange(found->isBeingBuilt, true))
     throw std::invalid_argument("the rule <" + name + "> is a part of itself");
-  if (found->rule.isSlot) {
-    buildSlot(static_cast<int>(found - m_rules.begin()), from, to, probability);
-  } else {
-    build(found->phrase, from, to, probability);
+  // What goes on in the same way is one automaton, however many phrases lead to it: the recogniser pays for
+  // each word of each.
+  const auto [known, isNew] = found->begins.try_emplace(to, m_states);
+  const int begin = isNew ? newState() : known->second;
+  const int rule = static_cast<int>(found - m_rules.begin());
+  if (isNew && found->rule.isSlot) {
+    const int end = newState();
+    build(found->phrase, begin, end, 1.0);
+    connect({.from = end, .to = to, .closes = rule});
+  } else if (isNew) {
+    build(found->phrase, begin, to, 1.0);
   }
+  connect(
+      {.from = from, .to = begin, .probability = probability, .opens = found->rule.isSlot ? rule : kNone});
   found->isBeingBuilt = false;
-}
-
-void Grammar::buildSlot(int rule, int from, int to, double probability) {
-  const int begin = newState();
-  const int end = newState();
-  connect({.from = from, .to = begin, .probability = probability, .opens = rule});
-  build(m_rules[static_cast<std::size_t>(rule)].phrase, begin, end, 1.0);
-  connect({.from = end, .to = to, .closes = rule});
 }
 
 /// Adds `thread`, which is between the words before `at` and those from there on, and whatever it reaches

@@ -9,6 +9,7 @@
 //   auto match = grammar.match("what time is it in new york");   // match->slot("city") == "new york"
 #pragma once
 
+#include <map>
 #include <optional>
 #include <span>
 #include <string>
@@ -85,6 +86,7 @@ class Grammar {
     Rule rule;
     Phrase phrase;
     bool isBeingBuilt = false;
+    std::map<int, int> begins = {};  ///< by the state after it, the state before it: built once for each
   };
   struct Thread;
 
@@ -92,7 +94,6 @@ class Grammar {
   int wordIndex(const std::string &word);
   void connect(Arc arc);
   void build(const Phrase &phrase, int from, int to, double probability);
-  void buildSlot(int rule, int from, int to, double probability);
   void buildRule(const std::string &name, int from, int to, double probability);
   void follow(std::vector<Thread> &threads, std::vector<bool> &reached, Thread thread, std::size_t at) const;
 

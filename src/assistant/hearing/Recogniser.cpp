@@ -14,10 +14,12 @@
 #include <mutex>
 #include <optional>
 #include <random>
+#include <set>
 #include <sstream>
 #include <stdexcept>
 #include <vector>
 
+#include "assistant/hearing/CommonWords.h"
 #include "assistant/hearing/Pronunciations.h"
 #include "foundation/Log.h"
 
@@ -40,15 +42,25 @@ constexpr double kLeastConfidence = -32.0;
 /// understood worse than one with the noise of a quiet room, of this level in dB under the utterance.
 constexpr double kRoom = -33.0;
 
-/// The sounds of the acoustic model. Any words at all are any string of them; the decoder knows each as a
-/// word of its own, with this in front. How likely one more of them is decides how readily what was said is
-/// taken for something outside the grammar.
+/// The sounds of the acoustic model. Any words at all are any string of common words and of these; the
+/// decoder knows each as a word of its own, with `Grammar::kAnything` in front.
 constexpr std::array kSounds{"AA", "AE", "AH", "AO", "AW", "AY", "B",  "CH", "D", "DH", "EH", "ER", "EY",
                              "F",  "G",  "HH", "IH", "IY", "JH", "K",  "L",  "M", "N",  "NG", "OW", "OY",
                              "P",  "R",  "S",  "SH", "T",  "TH", "UH", "UW", "V", "W",  "Y",  "Z",  "ZH"};
-constexpr double kSoundProbability = 0.08;
-/// How likely it is that not even the beginning belongs to a sentence of the grammar.
-constexpr double kNothingKnown = 0.02;
+
+/// How likely what is outside the grammar is. What is said to nobody's assistant is told by its words, so
+/// that the sounds are needed only for words that are not common; the less likely both are, the more of it is
+/// forced into the grammar, and the fewer sentences of the grammar are taken for it.
+struct Outside {
+  double sound;         ///< one more of any sound
+  double frequentWord;  ///< one more of the most frequent words; 0 without words
+  double otherWord;     ///< one more of the other common words
+  double nothingKnown;  ///< not even the beginning belongs to a sentence of the grammar
+  double continued;     ///< the rest of a sentence that the grammar leaves open does not
+};
+constexpr Outside kOutsideCommands{0.01, 0.004, 0.0006, 5e-5, 0.05};
+// Whoever is asked something most likely answers it, and the words take 4 MB for each grammar.
+constexpr Outside kOutsideAnswers{0.08, 0.0, 0.0, 0.02, 1.0};
 
 struct Release {
   void operator()(cmd_ln_t *config) const { cmd_ln_free_r(config); }
@@ -74,10 +86,11 @@ __attribute__((format(printf, 3, 4))) void hearComplaint(void *, err_lvl_t level
   standardErrorSink()(std::string("Speech recognition failed: ") + line);
 }
 
-std::string wordOf(const char *sound) { return std::string(Grammar::kAnything) + sound; }
+/// The decoder's name of a sound, or of a word that is not one of the grammar.
+std::string outside(const std::string &word) { return std::string(Grammar::kAnything) + word; }
 
-/// The words of `text` with each string of bare sounds as `Grammar::kAnything`.
-std::string withoutSounds(const char *text) {
+/// The words of `text` with each string of what is outside the grammar as `Grammar::kAnything`.
+std::string withoutOutside(const char *text) {
   std::istringstream words(text);
   std::string result;
   std::string last;
@@ -90,58 +103,68 @@ std::string withoutSounds(const char *text) {
 }
 
 /// The decoder's form of `grammar`, and beside it any words at all.
-Owned<fsg_model_t> automatonOf(const Grammar &grammar, ps_decoder_t *decoder, float languageWeight) {
+Owned<fsg_model_t> automatonOf(const Grammar &grammar, const Outside &probabilities, ps_decoder_t *decoder,
+                               float languageWeight) {
   logmath_t *const logarithms = ps_get_logmath(decoder);
-  std::vector<Grammar::Arc> arcs(grammar.arcs().begin(), grammar.arcs().end());
-  std::vector<std::string> words = grammar.words();
-  auto anything = static_cast<int>(std::find(words.begin(), words.end(), Grammar::kAnything) - words.begin());
-  arcs.push_back(
-      {.from = Grammar::kStart, .to = Grammar::kEnd, .word = anything, .probability = kNothingKnown});
-  // What stands for any words ends a sentence: from wherever it begins, the sounds go round at one state.
+  // What stands for any words ends a sentence: from wherever it begins, they go round between two states.
   const int before = grammar.stateCount();
-  const int among = before + 1;
-  Owned<fsg_model_t> automaton(fsg_model_init("grammar", logarithms, languageWeight, among + 1));
+  const int after = before + 1;
+  Owned<fsg_model_t> automaton(fsg_model_init("grammar", logarithms, languageWeight, after + 1));
   automaton->start_state = Grammar::kStart;
   automaton->final_state = Grammar::kEnd;
   std::vector<int> numbers;
-  for (const std::string &word : words)
+  for (const std::string &word : grammar.words())
     numbers.push_back(word == Grammar::kAnything ? Grammar::kNoWord
                                                  : fsg_model_word_add(automaton.get(), word.c_str()));
   const auto weighted = [&](double probability) {
     return static_cast<int32>(static_cast<float>(logmath_log(logarithms, probability)) * languageWeight);
   };
-  for (const Grammar::Arc &arc : arcs) {
-    const int32 probability = weighted(arc.probability);
-    if (arc.word == anything) {
-      fsg_model_null_trans_add(automaton.get(), arc.from, before, probability);
+  const auto step = [&](int from, int to, double probability) {
+    fsg_model_null_trans_add(automaton.get(), from, to, weighted(probability));
+  };
+  for (const Grammar::Arc &arc : grammar.arcs()) {
+    const int word =
+        arc.word == Grammar::kNoWord ? Grammar::kNoWord : numbers[static_cast<std::size_t>(arc.word)];
+    if (word != Grammar::kNoWord) {
+      fsg_model_trans_add(automaton.get(), arc.from, arc.to, weighted(arc.probability), word);
     } else if (arc.word == Grammar::kNoWord) {
-      fsg_model_null_trans_add(automaton.get(), arc.from, arc.to, probability);
+      step(arc.from, arc.to, arc.probability);
     } else {
-      fsg_model_trans_add(automaton.get(), arc.from, arc.to, probability,
-                          numbers[static_cast<std::size_t>(arc.word)]);
+      step(arc.from, before, arc.probability * probabilities.continued);
     }
   }
-  for (const char *const sound : kSounds) {
-    const int number = fsg_model_word_add(automaton.get(), wordOf(sound).c_str());
-    for (const int state : {before, among})
-      fsg_model_trans_add(automaton.get(), state, among, weighted(kSoundProbability), number);
+  const auto addOutside = [&](const std::string &word, double probability) {
+    fsg_model_trans_add(automaton.get(), before, after, weighted(probability),
+                        fsg_model_word_add(automaton.get(), outside(word).c_str()));
+  };
+  for (const char *const sound : kSounds) addOutside(sound, probabilities.sound);
+  if (probabilities.frequentWord > 0.0) {
+    for (const std::string &word : frequentWords()) addOutside(word, probabilities.frequentWord);
+    for (const std::string &word : otherCommonWords()) addOutside(word, probabilities.otherWord);
   }
-  fsg_model_null_trans_add(automaton.get(), among, Grammar::kEnd, 0);
+  step(Grammar::kStart, before, probabilities.nothingKnown);
+  step(after, before, 1.0);
+  step(after, Grammar::kEnd, 1.0);
   glist_free(fsg_model_null_trans_closure(automaton.get(), nullptr));
   return automaton;
 }
 
-/// Gives the decoder the pronunciations of the words that can be understood.
+/// Gives the decoder the pronunciations of the words that can be understood, and of those outside.
 void addPronunciations(ps_decoder_t *decoder) {
+  std::set<std::string> common(frequentWords().begin(), frequentWords().end());
+  common.insert(otherCommonWords().begin(), otherCommonWords().end());
   std::istringstream lines{std::string(pronunciations())};
   for (std::string line; std::getline(lines, line);) {
     const std::size_t blank = line.find(' ');
-    const std::string word = line.substr(0, blank);
-    if (ps_add_word(decoder, word.c_str(), line.c_str() + blank + 1, FALSE) < 0)
+    const std::string word = line.substr(0, blank);  // "a", and "a(2)" for another way to say it
+    const char *const sounds = line.c_str() + blank + 1;
+    if (ps_add_word(decoder, word.c_str(), sounds, FALSE) < 0 ||
+        (common.contains(word.substr(0, word.find('(', 1))) &&
+         ps_add_word(decoder, outside(word).c_str(), sounds, FALSE) < 0))
       fail("the pronunciation of \"" + word + "\" is not one of the acoustic model");
   }
   for (const char *const sound : kSounds) {
-    if (ps_add_word(decoder, wordOf(sound).c_str(), sound, FALSE) < 0)
+    if (ps_add_word(decoder, outside(sound).c_str(), sound, FALSE) < 0)
       fail(std::string("the acoustic model has no sound ") + sound);
   }
 }
@@ -200,7 +223,8 @@ struct Recogniser::Decoder {
     const char *const words = ps_get_hyp(decoder, &score);
     const int frames = ps_get_n_frames(decoder);
     if (frames == 0 || !words) return {};
-    Result result{.text = withoutSounds(words), .incomplete = static_cast<double>(anywhere - score) / frames};
+    Result result{.text = withoutOutside(words),
+                  .incomplete = static_cast<double>(anywhere - score) / frames};
     for (ps_seg_t *part = ps_seg_iter(decoder); part; part = ps_seg_next(part)) {
       int32 sound = 0, language = 0, backoff = 0;
       (void)ps_seg_prob(part, &sound, &language, &backoff);
@@ -244,12 +268,13 @@ Recogniser::Recogniser(const Language &language, const std::filesystem::path &mo
   addPronunciations(decoder);
 
   const auto weight = static_cast<float>(cmd_ln_float_r(config, "-lw"));
-  const auto add = [&](const std::string &name, const Grammar &grammar) {
-    const auto automaton = automatonOf(grammar, decoder, weight);
+  const auto add = [&](const std::string &name, const Grammar &grammar, const Outside &probabilities) {
+    const auto automaton = automatonOf(grammar, probabilities, decoder, weight);
     if (ps_set_fsg(decoder, name.c_str(), automaton.get()) < 0) fail("the grammar " + name + " is refused");
   };
-  add(kCommands, language.commands());
-  for (const Language::Answers &answers : language.answers()) add(answers.question->name, answers.grammar);
+  add(kCommands, language.commands(), kOutsideCommands);
+  for (const Language::Answers &answers : language.answers())
+    add(answers.question->name, answers.grammar, kOutsideAnswers);
 
   // Each search takes the settings of the moment it is added. The phones only tell how well the best of them
   // would fit, for which narrow beams are enough.

@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: Apache-2.0
 //
-// A tool of the build: writes the pronunciations of the words of the skills as a source file.
+// A tool of the build: writes the pronunciations of the words of the skills, and of common ones, as a source
+// file.
 //   make-pronunciations OUTPUT DICTIONARY…
 // A word that several dictionaries have is taken from the first.
 #include <fstream>
@@ -9,6 +10,7 @@
 #include <set>
 
 #include "assistant/dialogue/Language.h"
+#include "assistant/hearing/CommonWords.h"
 
 int main(int argc, char *argv[]) {
   if (argc < 3) return 2;
@@ -17,7 +19,8 @@ int main(int argc, char *argv[]) {
   missing.insert(language.commands().words().begin(), language.commands().words().end());
   for (const auto &answers : language.answers())
     missing.insert(answers.grammar.words().begin(), answers.grammar.words().end());
-
+  for (const auto *common : {&velmora::frequentWords(), &velmora::otherCommonWords()})
+    missing.insert(common->begin(), common->end());
   missing.erase(std::string(velmora::Grammar::kAnything));
 
   std::ofstream out(argv[1]);

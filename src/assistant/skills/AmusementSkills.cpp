@@ -31,17 +31,20 @@ SkillTable amusementSkills() {
       .skills =
           {
               {"joke",
-               "(tell me | tell us | tell | say | give me | do you know | do you have | have you got | "
-               "let me hear | i want | i want to hear) (a | another | any | some | one more) [good | "
-               "funny | other | more | new] (joke | jokes) | (tell me | say) something funny | make me "
-               "(laugh | smile) | [another] joke | cheer me up",
+               "(tell [me | us] | say | give me | do you know | do you have | have you got | let me "
+               "hear | let's hear | i want [to hear] | i'd like to hear | i need) (a | another | any | "
+               "some | one more | your best) [good | funny | other | more | new] (joke | jokes) | "
+               "(tell me | say | do you know) something funny | make me (laugh | smile) | [another] "
+               "joke | cheer me up | be funny | i (need | want) (a laugh | to laugh)",
                joke,
                {"tell me a joke"}},
               {"fact",
-               "(tell me | tell us | give me | say | do you know | do you have | let me hear | i want | "
-               "i want to hear) (a | an | another | any | some | one more) [fun | random | interesting | "
-               "new | surprising] (fact | facts) | (tell me | teach me | say) something [interesting | "
-               "new | surprising] | another fact | surprise me",
+               "(tell [me | us] | give me | say | do you know | do you have | let me hear | let's hear "
+               "| i want [to hear] | i'd like to hear) (a | an | another | any | some | one more) [fun "
+               "| random | interesting | new | surprising] (fact | facts) | (tell me | teach me | say "
+               "| do you know) something [interesting | new | surprising | i don't know] | [another | "
+               "a | fun | random] (fun | random) fact | another fact | surprise me | <what_is> (a | "
+               "an) (interesting | fun | random) fact",
                fact,
                {"tell me an interesting fact"}},
           },

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <cmath>
 #include <map>
+#include <utility>
 
 #include "assistant/skills/Tables.h"
 #include "assistant/speech/NumberWords.h"
@@ -38,9 +39,13 @@ double divide(double a, double b) { return b == 0 ? std::nan("") : a / b; }
 
 const Operation &operationOf(const std::string &words) {
   static const std::map<std::string, Operation> operations{
-      {"plus", {" + ", 1, add}},          {"minus", {" − ", 1, subtract}},
-      {"times", {" × ", 2, multiply}},    {"multiplied by", {" × ", 2, multiply}},
-      {"divided by", {" ÷ ", 2, divide}}, {"over", {" ÷ ", 2, divide}},
+      {"plus", {" + ", 1, add}},
+      {"minus", {" − ", 1, subtract}},
+      {"take away", {" − ", 1, subtract}},
+      {"times", {" × ", 2, multiply}},
+      {"multiplied by", {" × ", 2, multiply}},
+      {"divided by", {" ÷ ", 2, divide}},
+      {"over", {" ÷ ", 2, divide}},
   };
   return operations.at(words);
 }
@@ -81,6 +86,18 @@ Answer calculateByVerb(const Request &request) {
   return equation(numberText(left, 6) + operation.sign + numberText(right, 6), operation.apply(left, right));
 }
 
+/// "the sum of two and two", "the difference between seven and three".
+Answer calculateByName(const Request &request) {
+  static const std::map<std::string, std::string> operators{
+      {"sum", "plus"}, {"difference", "minus"}, {"product", "times"}, {"quotient", "divided by"}};
+  const Operation &operation = operationOf(operators.at(request.slot("result")));
+  double left = numberAt(request, 0, "base");
+  double right = numberAt(request, 1, "base");
+  if (operation.apply == subtract && left < right) std::swap(left, right);
+  if (operation.apply == divide && right == 0) return {"Nothing can be divided by zero."};
+  return equation(numberText(left, 6) + operation.sign + numberText(right, 6), operation.apply(left, right));
+}
+
 Answer percentage(const Request &request) {
   const double percent = numberAt(request, 0, "percentage");
   const double whole = numberAt(request, 0);
@@ -90,7 +107,11 @@ Answer percentage(const Request &request) {
 Answer power(const Request &request) {
   const double base = numberAt(request, 0, "base");
   const std::string exponent = request.slot("exponent");
-  const double value = exponent == "squared" ? 2 : exponent == "cubed" ? 3 : numberAt(request, 1, "base");
+  const auto nth = ordinalFromWords(request.slot("nth"));
+  const double value = exponent == "squared" ? 2
+                       : exponent == "cubed" ? 3
+                       : nth                 ? *nth
+                                             : numberAt(request, 1, "base");
   return equation(numberText(base, 6) + '^' + numberText(value, 6), std::pow(base, value));
 }
 
@@ -126,8 +147,10 @@ SkillTable arithmeticSkills() {
       // The longer a number may be, the more the recogniser has to try.
       .rules = {{"percentage", "<below_hundred> [<fraction>] | (a | one) hundred", true},
                 {"base", "[minus] (zero | <below_thousand>) [<fraction>] | a thousand", true},
-                {"operator", "plus | minus | times | multiplied by | divided by | over", true},
+                {"operator", "plus | minus | take away | times | multiplied by | divided by | over", true},
                 {"exponent", "squared | cubed", true},
+                {"nth", "second | third | fourth | fifth | sixth | seventh | eighth | ninth | tenth", true},
+                {"result", "sum | difference | product | quotient", true},
                 {"exponent_name", "square | cube", true},
                 {"root_kind", "square | cube | cubic", true},
                 {"verb", "add | subtract | take | multiply | divide", true},
@@ -135,7 +158,8 @@ SkillTable arithmeticSkills() {
       .skills =
           {
               {"arithmetic",
-               "[<how_much_is>] <decimal> (<operator> <decimal>)+",
+               "[<how_much_is> | (what | how much) (does | do)] <decimal> (<operator> <decimal>)+ [make | "
+               "equal]",
                calculate,
                {"what is seven plus five", "what is twelve times eleven minus two",
                 "how much is nine hundred divided by four"}},
@@ -143,12 +167,17 @@ SkillTable arithmeticSkills() {
                "<verb> <decimal> (by | from | to | and | with) <decimal>",
                calculateByVerb,
                {"multiply sixteen by four"}},
+              {"arithmetic",
+               "<how_much_is> the <result> (of | between) <base> and <base>",
+               calculateByName,
+               {"what is the sum of seven and five"}},
               {"percent",
                "[<how_much_is>] <percentage> percent (of | from) <decimal>",
                percentage,
                {"what is fifteen percent of two hundred"}},
               {"power",
-               "[<how_much_is>] <base> (<exponent> | [raised] to the power [of] <base>)",
+               "[<how_much_is>] <base> (<exponent> | [raised] to the power [of] <base> | [raised] to "
+               "the <nth> [power])",
                power,
                {"what is two to the power of ten", "what is nine squared"}},
               {"power",

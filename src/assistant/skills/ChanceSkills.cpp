@@ -50,19 +50,21 @@ SkillTable chanceSkills() {
       .skills =
           {
               {"coin",
-               "(flip | toss | throw) (a | the | my) coin [for me | again] | (heads | head) or (tails | "
-               "tail) | (coin | do a coin) (flip | toss)",
+               "[let's | let us] (flip | toss | throw) [me] (a | the | my) coin [for me | again] | "
+               "(heads | head) or (tails | tail) | [do | make | give me | i need] [a] coin (flip | "
+               "toss)",
                flipCoin,
                {"flip a coin"}},
               {"dice",
-               "(roll | throw) [a | the | some | <dice_count>] [<sides> sided] (die | dice) [for me | "
-               "again]",
+               "[let's | let us] (roll | throw | toss) [me] [a | the | some | my | <dice_count>] "
+               "[<sides> sided] (die | dice) [for me | again] | (do | make | give me | i need) a (die "
+               "| dice) roll",
                rollDice,
                {"roll two dice", "roll a twenty sided die"}},
               {"random number",
-               "((give me | tell me | pick | choose | say | draw | generate | name | i need | i want) (a "
-               "| any | some) [random] number [for me] | [a] random number) [(between | from) <limit> "
-               "(and | to) <limit>]",
+               "((give me | tell me | pick [me] | choose | say | draw | generate | name | create | "
+               "select | i need | i want) (a | any | some | another | one) [random] number [for me] | "
+               "[a | another] random number) [(between | from) <limit> (and | to) <limit>]",
                drawNumber,
                {"pick a number between one and ten", "give me a random number"}},
           },

@@ -128,13 +128,15 @@ SkillTable conversionSkills() {
       .skills =
           {
               {"conversion",
-               "(convert | change | turn | <what_is> | how much (is | are) | what are | calculate) "
+               "[convert | change | turn | <what_is> | how much (is | are) | what are | calculate | "
+               "tell me | how (long | far | heavy | hot | cold | warm | fast | tall | big) (is | are)] "
                "<quantity> <unit> (in | into | to) <unit>",
                convert,
                {"convert ten miles to kilometers", "what is thirty degrees celsius in fahrenheit"}},
               {"conversion",
-               "how many <unit> (are in | are there in | is | are | make | in | equal | does | do | is "
-               "in) <quantity> <unit> [have]",
+               "[tell me | do you know] how many <unit> (are in | are there in | is | are | make | "
+               "make up | in | equal | does | do | is in | go into | to | fit in | will | would) "
+               "<quantity> <unit> [have | be | equal | make | contain]",
                howMany,
                {"how many feet are in a mile"}},
           },

@@ -71,34 +71,41 @@ SkillTable dateSkills() {
       .skills =
           {
               {"date",
-               "(what | which) (day | date | day of the week | weekday) (is it [today | <now>] | is "
-               "today | do we have [today]) | what is today | <what_is> (today's date | the [current] "
-               "date [today] | the day [of the week] today | today's day) | (tell me | give me | say) "
-               "(the [current] date | today's date | the date today) | (tell me | do you know) (what | "
-               "which) (day | date | day of the week | weekday) it is [today]",
+               "(what | which) (day | date | day of the week | day of the month | weekday | month | "
+               "year) (is it [today | <now>] | is today | do we have [today]) | <what_is> today | "
+               "<what_is> (today's (date | day) | the [current] date [today] | the day [of the week] "
+               "[today]) | (<ask> | say) (the [current] date [today] | today's date | what day it is "
+               "[today]) | (<ask> | say) (what | which) (day | date | day of the week | weekday) (it "
+               "is [today] | today is) | today's date",
                tellDate,
                {"what day is it", "what's today's date"}},
               {"day of a date",
                "((what | which) (day | date | day of the week | weekday) (is | was | will be | is it | "
-               "was it | will it be | does) | on (what | which) (day | date | day of the week | weekday) "
-               "(is | was | will be | does | will) | <what_is> the (date | day | day of the week) (of | "
-               "on | for)) <day> [fall [on] | be]",
+               "was it | will it be | does | did | will | is it on) | on (what | which) (day | date | "
+               "day of the week | weekday) (is | was | will be | does | did | will) | <what_is> the "
+               "(date | day | day of the week | weekday) (of | on | for) | <ask> (what | which) (day | "
+               "date | weekday) (is | was) | <ask> the (date | day | weekday) of) <day> [fall [on] | "
+               "be | fall on this year | this year]",
                tellDay,
                {"what day is the third of may", "what date was last friday", "which day is tomorrow"}},
               {"day of a date",
-               "(when is | when's | when was | when will | tell me when) <day> [this year | is | be]",
+               "((when is | when's | when was | when will | when does | when do we (have | celebrate) "
+               "| <ask> when [is]) <day> [this year | is | be | fall | come | begin | start]) | <ask> "
+               "what day <day> is",
                tellWhen,
                {"when is christmas"}},
               {"days until",
-               "how (long | many days | many weeks | far) [is it | are there | do we have | do i have | "
-               "is left | are left | are there left | remain | have we got] (until | till | to | before "
-               "| away is) <day>",
+               "(how (long | many [more] days | many [more] weeks | much longer | far) [is it | it is "
+               "| are there | do we have | do i have | is left | are left | left | are there left | "
+               "have we got | to go | will it be] (until | till | to | before) | how (many days | far "
+               "| long) away is | how soon is | [the] days (until | till)) <day> [is]",
                countDays,
                {"how long until christmas", "how many days until the tenth of june"}},
               {"hours until",
-               "how (long | many hours | many minutes | much time) [is it | are there | do i have | do "
-               "we have | is left | are left | do i have left | is there | remain | to go] (until | till "
-               "| before) <clock>",
+               "how (long | many [more] hours | many [more] minutes | much time | much longer) [is it "
+               "| it is | are there | do i have | do we have | is left | are left | left | do i have "
+               "left | do we have left | is there | is there left | to go | will it be] (until | till "
+               "| to | before) <clock>",
                countHours,
                {"how long until noon", "how long is it until half past seven"}},
           },

@@ -51,9 +51,11 @@ SkillTable guessingGame() {
       .rules = {{"guess", "zero | <below_hundred> | (a | one) hundred", true}},
       .skills = {{"guessing game",
                   "(let's | let us | can we | could we | shall we | i want to | i'd like to | do you want "
-                  "to) play (a | the | some | that) [number] [guessing] game | (play | start | begin) (a | "
-                  "the) [number] [guessing] game [with me] | [the] [number] guessing game | let (me | us) "
-                  "guess [a number] | think of a number | (can i | i want to | i'd like to) guess a number",
+                  "to) play (a | the | some | that) [number] [guessing] game [with (me | you)] | (play | "
+                  "start | begin | do) (a | the) [number] [guessing] game [with me] | [the] [number] "
+                  "guessing game | (let me | let us | let's | can i | i want to | i'd like to) guess (a | "
+                  "your | the) number | think of a number [for me] | [let's | let us] play guess (the | "
+                  "my | a) number",
                   start,
                   {"let's play a guessing game", "think of a number"}}},
       .questions =

@@ -107,11 +107,13 @@ SkillTable quiz() {
   return {
       .rules = {{"quiz_answer", answerPhrases(), true}},
       .skills = {{"quiz",
-                  "(let's | let us | can we | shall we | i want to | i'd like to | do you want to) (play | "
-                  "do | have | start | take | try) (a | the | another) quiz | (start | play | begin | do) "
-                  "(a | the | another) quiz [with me | game] | quiz me | (give me | i want | i'd like) (a | "
-                  "another) quiz | ask me (a | another | some | a few) (question | questions) | (test | "
-                  "check) (my knowledge | me)",
+                  "(let's | let us | can we | could we | shall we | i want to | i'd like to | do you want "
+                  "to) (play | do | have | start | take | try) (a | the | another) [little | short | "
+                  "trivia] quiz [game] | (start | play | begin | do) (a | the | another) [trivia] quiz "
+                  "[with me | game] | quiz me | (give me | i want | i'd like) (a | another) quiz "
+                  "[question] | (ask | give) me (a | another | some | a few) [quiz | trivia] (question | "
+                  "questions) | ask me something | (test | check) (my knowledge | me) | [let's] play "
+                  "trivia",
                   start,
                   {"quiz me", "let's do a quiz"}}},
       .questions = {{kName, "[is it | it is | it's | i think it's | i think it is | that's] <quiz_answer>",

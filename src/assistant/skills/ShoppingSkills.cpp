@@ -137,28 +137,33 @@ SkillTable shoppingSkills() {
       .skills =
           {
               {"add to shopping list",
-               "(add | put | write) <items> [down] (to | on | onto) <list> | ((i | we) need [to (buy | "
-               "get)] | (i | we) (have | want) to (buy | get) | (remind me | don't forget) to (buy | "
-               "get)) <items>",
+               "(add | put | write) <items> [down] (to | on | onto | in) <list> | ((i | we) [also | "
+               "still] need [to (buy | get)] | (i | we) (have | want | must) to (buy | get) | (i | we) "
+               "should (buy | get) | (remind me | don't forget | remember) to (buy | get) | (i am | "
+               "i'm | we are | we're) out of | we ran out of | (buy | get [me])) <items>",
                addItems,
                {"add milk and eggs to my shopping list", "i need to buy bread"}},
               {"read shopping list",
-               "(<what_is> | what do (i | we) have | what have (i | we) got | is there anything | what's "
-               "written) on <list> | (read | show | tell) [me | out] <list> | (tell me | read me) what "
-               "(is | i have) on <list> | what (do | should | must) (i | we) (need to | have to | still "
-               "need to) (buy | get) | what should (i | we) (buy | get) | what do (i | we) need from the "
-               "store",
+               "(<what_is> | what do (i | we) have | what have (i | we) got | is there anything | "
+               "what's written | what is there | what (items | things) are) on <list> | (read | show | "
+               "tell | give) [me | out | us] <list> | (tell me | read me | show me) what (is | i have "
+               "| we have) on <list> | read [me] everything on <list> | what (do | should | must) (i | "
+               "we) (need to | have to | still need to) (buy | get) | what should (i | we) (buy | get) "
+               "| what do (i | we) need from the store | (open | check | let me hear | let me see) "
+               "<list> | what (groceries | things) do (i | we) need [to buy]",
                readList,
                {"what is on my shopping list", "what do i need to buy"}},
               {"remove from shopping list",
-               "(remove | take | delete | drop | cross | strike | erase) <items> (from | off | out of) "
-               "<list> | (i | we) don't need <items> [any more]",
+               "(remove | take | delete | drop | cross | strike | erase | scratch) <items> [off] (from "
+               "| off | out of) <list> | (i | we) (don't | do not) need <items> [any more] | take off "
+               "<items> from <list>",
                removeItems,
                {"remove milk from my shopping list"}},
               {"clear shopping list",
-               "(clear | empty | delete | erase | wipe) [all of] [my | the | our] [whole | entire] "
-               "[shopping | grocery] list | (remove | delete | erase | clear | take) (everything | all "
-               "items | all) (from | off | on) <list> | (start | begin | make) a new [shopping] list",
+               "(clear | empty | delete | erase | wipe | reset | clean) [out | up] [all of] [my | the "
+               "| our] [whole | entire] [shopping | grocery] list | (remove | delete | erase | clear | "
+               "take) (everything | all [the] items | all) (from | off | on) <list> | (start | begin | "
+               "make) a new [shopping | grocery] list",
                startClearing,
                {"clear my shopping list"}},
           },

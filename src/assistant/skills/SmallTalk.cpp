@@ -53,53 +53,69 @@ SkillTable smallTalk() {
       .skills =
           {
               {"help",
-               "what can you do [for me] | what (can | could | should | may) i (say | ask) [you] | what "
-               "can you help [me] with | (can | could) you help [me] | how (can | could | do) you help "
-               "[me] | how (can i | do i) use you | help me | i need [some] help | what (do you know | "
-               "else can you do | are you able to do | can you tell me) | what (kind of | sort of) "
-               "(questions | things) can (i ask [you] | you (do | answer)) | (tell | show) me what you "
-               "can do | show me some examples | what are your skills",
+               "what (can | could) you do [for me] | what (can | could | should | may) i (say | ask) "
+               "[you | to you] | what can you help [me] with | (can | could) you help [me] | how (can "
+               "| could | do) you help [me] | how (can i | do i | should i) (use you | talk to you) | "
+               "help me | i need [some | your] help | what (do you know | else can you do | are you "
+               "able to do | can you tell me | are you good at) | what (kind of | sort of) (questions "
+               "| things) can (i ask [you] | you (do | answer)) | (what | which) (commands | questions "
+               "| things) (do you (know | understand) | can i (use | say | ask [you]) | can you (do | "
+               "answer | understand)) | (tell | show) me what (you can do | i can (say | ask | do)) | "
+               "(show me | give me) (some examples | an example) | what are your (skills | abilities) "
+               "| how (does this | do you) work | what can i use you for",
                help,
                {"what can you do"}},
               {"greeting",
-               "hello [there | again | assistant] | hi [there | assistant] | hey there | [hi | hello] "
-               "(how's | how is) it going | [hello | hi] good (morning | afternoon | evening) [to you | "
-               "assistant] | nice to meet you",
+               "hello [there | again | assistant | my friend] | hi [there | assistant] | hey there | "
+               "[hi | hello] (how's | how is) it going | [hello | hi] good (morning | afternoon | "
+               "evening | day) [to you | assistant] | (nice | good | pleased) to (meet | see | hear) "
+               "you | what's up | greetings",
                greet,
                {"hello there"}},
               {"farewell",
-               "goodbye [for now] | bye bye | bye for now | good night [assistant] | see you [later | "
-               "soon | tomorrow | again | around] | talk to you (later | soon | tomorrow) | have a (nice "
-               "| good | great) (day | evening | night | weekend) | until (next time | tomorrow) | take "
-               "care | i have to go [now]",
+               "(goodbye | bye) [for now | now | then | assistant] | bye bye | good night [assistant] "
+               "| see you [later | soon | tomorrow | again | around | next time | then] | (talk | "
+               "speak) to you (later | soon | tomorrow) | have a (nice | good | great) (day | evening "
+               "| night | weekend) | until (next time | tomorrow | later) | take care | i (have to | "
+               "must | need to) (go | leave) [now] | i'm (going | leaving) [now] | that's all for (now "
+               "| today)",
                farewell,
                {"see you later"}},
               {"thanks",
-               "thank you [very much | so much | a lot | again] | (thank you | thanks) for (that | your "
-               "help | the help | everything | helping me) | thanks [a lot | very much | so much | "
-               "again] | many thanks | [thanks | thank you] (that was | that's | that is) [very | "
-               "really] (helpful | great | kind | nice | good | perfect) [of you | thanks | thank you] | "
-               "[great | perfect | okay] (thanks | thank you) | i appreciate (it | that | your help)",
+               "thank you [very much | so much | a lot | again] | (thank you | thanks) for (that | "
+               "your help | the help | everything | helping [me] | the answer) | thanks [a lot | very "
+               "much | so much | again] | many thanks | [thanks | thank you] (that was | that's | that "
+               "is | you are | you're | you have been | you've been) [very | really | so] (helpful | "
+               "great | kind | nice | good | perfect) [of you | thanks | thank you] | [great | perfect "
+               "| okay | wonderful] (thanks | thank you) | i [really] appreciate (it | that | your "
+               "help) | (well done | good job)",
                acceptThanks,
                {"thank you very much"}},
               {"introduction",
-               "who are you | <what_is> your name | what are you [called] | tell me (your name | who you "
-               "are | [something] about yourself | what you are) | introduce yourself | who am i "
-               "(talking | speaking) to | what (should | can | do) i call you | do you have a name | are "
-               "you (human | a robot | a computer | a person | real)",
+               "who are you | <what_is> your name | what are you [called] | tell me (your name | who "
+               "you are | [something | more | a bit] about yourself | what you are) | introduce "
+               "yourself | who am i (talking | speaking) (to | with) | what (should | can | do | may) "
+               "i call you | do you have a name | are you ([a] human | a robot | a [real] person | a "
+               "machine | a computer | real) | who is this | what kind of (assistant | robot | "
+               "machine) are you | what do (people | they) call you | (can | may) i (know | ask) (your "
+               "name | who you are)",
                introduce,
                {"who are you"}},
               {"well-being",
-               "how are you [doing | feeling] [today | <now> | this morning] | how do you (do | feel) "
-               "[today] | how have you been | are you (all right | okay | fine | well) [today] | how is your "
-               "day [going] | how are things [going] | is everything (all right | okay)",
+               "how are you [doing | feeling] [today | <now> | this (morning | evening)] | how do you "
+               "(do | feel) [today] | how have you been | are you [feeling | doing] (all right | okay "
+               "| fine | well | good) [today] | how (is | was | has) your day [going | been] | how are "
+               "things [going | with you] | is everything (all right | okay | fine) | how is "
+               "(everything | life) [going]",
                tellState,
                {"how are you"}},
               {"repeat that",
-               "(repeat | say) (that | it | your [last] answer | yourself) [again | once more | one more "
-               "time] | (repeat | what was) (the | your) [last] answer | what did you [just] say | what "
-               "was that [again] | pardon [me] | come again | i (didn't | did not) (hear | catch | get | "
-               "understand) (that | you | it) | say again | once more | one more time",
+               "(repeat | say) (that | it | your [last] answer | yourself | the [last] answer) [again "
+               "| once more | one more time] | what was (the | your) [last] answer | what did you "
+               "[just] say | what (was that | were you saying) [again] | pardon [me] | come again | "
+               "[sorry] i (didn't | did not) (hear | catch | get | understand) (that | you | it | what "
+               "you said) | say again | once more | one more time | (tell me | read) (that | it) again "
+               "| sorry what [was that | did you say]",
                sayAgain,
                {"repeat that"}},
               // What people ask of other assistants, and talk that is not meant for one. Without it the
@@ -125,9 +141,11 @@ SkillTable smallTalk() {
                refuse,
                {"what's the weather like"}},
               {"stop",
-               "never mind | forget (it | about it | that | about that) | cancel [that | it | this] | be "
-               "quiet | (stop | quit) (it | that | this | talking | speaking | playing | the game | the "
-               "quiz) | that's (enough | all) | that is (enough | all) | leave it | no more | shut up",
+               "never mind [that | it] | forget (it | about it | that | about that) | cancel [that | "
+               "it | this] | be quiet | (stop | quit) (it | that | this | talking | speaking | playing "
+               "| the game | the quiz | now) | that's (enough | all) | that is (enough | all) | leave "
+               "it | no more | shut up | (don't | do not) bother | i changed my mind | don't worry "
+               "[about it] | no (thanks | thank you) | enough of (that | this)",
                acceptStop,
                {"never mind"}},
           },

@@ -145,16 +145,17 @@ SkillTable timeSkills() {
       .skills =
           {
               {"time",
-               "what time is it [<now>] | what's the time [<now>] | what is the [current | exact] time "
-               "[<now>] | (tell me | give me | say | check) the [current | exact] time | (tell me | do "
-               "you know | say) what time it is [<now>] | (do you have | have you got) the time | how "
-               "late is it [<now>] | what time do we have",
+               "(what time | what hour) is it [here] [<now>] | <what_is> the [current | exact] time "
+               "[<now>] | (<ask> | say | check | show me) the [current | exact] time [<now>] | (<ask> "
+               "| say) what time it is [<now>] | (do you have | have you got) the time | what time do "
+               "(we | you) have | how late is it [<now>] | [the] current time",
                tellTime,
                {"what time is it", "tell me the time"}},
               {"time in a city",
-               "(what time is it [<now>] | <what_is> the [current | local] time [<now>] | (tell me | "
-               "give me | do you know | check) the [current | local] time | (tell me | do you know) what "
-               "time it is [<now>] | how late is it) in <city> [<now>]",
+               "(what time is it [<now>] | <what_is> the [current | local] time [<now>] | (<ask> | "
+               "check | show me) the [current | local] time | <ask> what time it is [<now>] | what "
+               "time do (they | we) have | how late is it [<now>] | what time would it be | [the] "
+               "[current | local] time) [over] in <city> [<now>] | <what_is> the [current] <city> time",
                tellTimeInCity,
                {"what time is it in tokyo", "tell me the time in new york"}},
               // Without it the recogniser would find the nearest city to it, by its sound.
@@ -165,8 +166,8 @@ SkillTable timeSkills() {
                tellNoTimeBeyond,
                {"what time is it on mars"}},
               {"time in a zone",
-               "(what time is it [<now>] in | <what_is> [the] [current] | (tell me | give me) [the] "
-               "[current]) <zone> [standard] time [<now>]",
+               "(what time is it [<now>] [in [the]] | <what_is> [the] [current] | <ask> [the] "
+               "[current]) <zone> [standard | daylight] time [zone] [<now>]",
                tellTimeInZone,
                {"what is the pacific time", "what time is it in greenwich time"}},
           },

@@ -35,7 +35,8 @@ Answer setVolume(const Request &request) {
 
 Answer setExtreme(const Request &request) {
   const std::string extreme = request.slot("extreme");
-  return setTo(extreme.starts_with("max") || extreme == "full volume" ? 100 : kQuietest);
+  const bool isQuiet = extreme == "minimum" || extreme == "lowest" || extreme.ends_with("down");
+  return setTo(isQuiet ? kQuietest : 100);
 }
 
 Answer tellVolume(const Request &request) {
@@ -47,36 +48,44 @@ Answer tellVolume(const Request &request) {
 SkillTable volumeSkills() {
   return {
       .rules = {{"percent", "zero | <below_hundred> | (a | one) hundred", true},
-                {"extreme", "maximum | full volume | minimum", true}},
+                {"extreme", "maximum | full | highest | minimum | lowest | all the way up | all the way down",
+                 true}},
       .skills =
           {
               {"volume up",
-               "turn (the volume | it | the sound | yourself) up [a (bit | little)] | turn up the "
-               "(volume | sound) | volume up | [(speak | talk | be | get)] [a (bit | little)] louder | "
-               "(speak | talk) up | make it [a (bit | little)] louder | (increase | raise) the volume | "
-               "(you are | you're | that's | it's) too (quiet | soft) | i (can't | cannot) hear you | "
-               "more volume",
+               "turn (the volume | it | the sound | yourself | your volume | your voice) up [a (bit | "
+               "little) [more] | more] | turn up the (volume | sound) [a (bit | little)] | volume up | "
+               "[(speak | talk | be | get | go)] [a (bit | little) | much] louder | (speak | talk) up "
+               "[a (bit | little)] | make it [a (bit | little)] louder | (increase | raise) (the | "
+               "your) (volume | voice) [a (bit | little)] | (you are | you're | that's | it's | this "
+               "is) too (quiet | soft) | i (can't | cannot) hear you | more volume | (make | set | "
+               "turn) (the | your) volume (louder | higher)",
                turnUp,
                {"turn the volume up", "speak louder"}},
               {"volume down",
-               "turn (the volume | it | the sound | yourself) down [a (bit | little)] | turn down the "
-               "(volume | sound) | volume down | [(speak | talk | be | make it | get)] [a (bit | "
-               "little)] (quieter | softer) | (speak | talk) [a (bit | little)] more (quietly | softly) "
-               "| (decrease | lower | reduce) the volume | (you are | that's | you're | it's) too loud | "
-               "not so loud | less volume",
+               "turn (the volume | it | the sound | yourself | your volume | your voice) down [a (bit "
+               "| little) [more] | more] | turn down the (volume | sound) [a (bit | little)] | volume "
+               "down | [(speak | talk | be | make it | get | go)] [a (bit | little) | much] (quieter | "
+               "softer) | (speak | talk) [a (bit | little)] more (quietly | softly) | (decrease | "
+               "lower | reduce) (the | your) (volume | voice) [a (bit | little)] | [you are | that's | "
+               "you're | it's | this is] too loud | not so loud | less volume | (make | set | turn) "
+               "(the | your) volume (quieter | lower)",
                turnDown,
                {"turn the volume down", "speak more quietly"}},
               {"set volume",
-               "[(set | change | turn | put) [the]] volume [up | down] [to | at] <percent> [percent]",
+               "[(set | change | turn | put | adjust | make) [the | your]] volume [level] [up | down] "
+               "[to | at] <percent> [percent]",
                setVolume,
                {"set the volume to fifty percent"}},
               {"extreme volume",
-               "(set | turn | put) the volume [up | down] to [the] <extreme>",
+               "(set | turn | put) (the | your) volume [up | down] to [the] <extreme> [volume] | "
+               "<extreme> volume | turn (the volume | it | the sound) <extreme>",
                setExtreme,
                {"set the volume to maximum"}},
               {"tell volume",
-               "how loud (are you | is it | is the volume) [<now>] | <what_is> (the | your) [current] "
-               "volume [level] [<now>]",
+               "how loud (are you | is it | is the volume | is your voice) [<now>] | (<what_is> | tell "
+               "me) (the | your) [current] volume [level] [<now>] | <what_is> the volume (set to | at) "
+               "| what volume (are you | is it) [at | set to]",
                tellVolume,
                {"what is the volume"}},
           },

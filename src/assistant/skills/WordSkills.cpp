@@ -33,13 +33,15 @@ SkillTable wordSkills() {
       .skills =
           {
               {"spelling",
-               "(spell [out] | how (do you | do i | to | would you | can i) spell | "
-               "<what_is> the spelling of) [the word] <word> [for me] | "
-               "how is [the word] <word> (spelled | written)",
+               "(spell [out] | how (do you | do i | to | would you | can i | does one | should i | do "
+               "we) (spell | write) | <what_is> the [correct | right] spelling (of | for) | (tell me | "
+               "show me | do you know) how (to | you | do you) (spell | write)) [the word] <word> [for "
+               "me] | how is [the word] <word> (spelled | written)",
                spell,
                {"how do you spell necessary", "spell rhythm"}},
               {"repeating",
-               "(repeat after me | say after me | repeat the words | say the (word | words)) <said>+",
+               "(repeat after me | say after me | repeat [the] words | say the (word | words) | repeat "
+               "this | repeat the word) <said>+",
                repeat,
                {"repeat after me hello world"}},
           },
