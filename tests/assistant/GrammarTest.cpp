@@ -24,7 +24,10 @@ TEST(Grammar, TakesSentencesApart) {
     std::vector<Match::Slot> slots = {};
     bool mayContinue = false;
   } cases[] = {
-      {"what time [now]", "what time", true, {}, true},
+      {"what time [now]", "what time", true},
+      {"what time [in <city>]", "what time", true, {}, true},
+      {"something", "something", true, {}, true},
+      {"go <digit> [now]", "go one", true, {{"digit", "one"}}},
       {"what time [now]", "what time now", true},
       {"what time [now]", "what", false},
       {"what time [now]", "what time now now", false},

@@ -175,6 +175,23 @@ void Grammar::follow(std::vector<Thread> &threads, std::vector<bool> &reached, T
   threads.push_back(std::move(thread));
 }
 
+bool Grammar::leadsToSlot(int state) const {
+  std::vector<int> open{state};
+  std::vector<bool> reached(static_cast<std::size_t>(m_states));
+  while (!open.empty()) {
+    const auto here = static_cast<std::size_t>(open.back());
+    open.pop_back();
+    if (reached[here]) continue;
+    reached[here] = true;
+    for (const int index : m_leaving[here]) {
+      const Arc &arc = m_arcs[static_cast<std::size_t>(index)];
+      if (arc.opens != kNone || arc.closes != kNone) return true;
+      open.push_back(arc.to);
+    }
+  }
+  return false;
+}
+
 std::optional<Match> Grammar::match(std::string_view sentence) const {
   const std::vector<std::string> words = split(sentence);
   std::vector<Thread> threads;
@@ -198,16 +215,18 @@ std::optional<Match> Grammar::match(std::string_view sentence) const {
     threads = std::move(next);
   }
 
-  const Thread *ended = nullptr;
-  bool mayContinue = false;
-  for (const Thread &thread : threads) {
-    if (thread.state == kEnd) ended = &thread;
-    // A word of courtesy at the end is not waited for.
-    if (thread.state < m_firstOfIntents) continue;
-    for (const int index : m_leaving[static_cast<std::size_t>(thread.state)])
-      mayContinue = mayContinue || m_arcs[static_cast<std::size_t>(index)].word != kNoWord;
-  }
-  if (!ended || ended->intent == kNone) return std::nullopt;
+  const auto ended =
+      std::find_if(threads.begin(), threads.end(), [](const Thread &thread) { return thread.state == kEnd; });
+  if (ended == threads.end() || ended->intent == kNone) return std::nullopt;
+  // A word that adds nothing, of courtesy or like "now", is not waited for.
+  const bool mayContinue = std::any_of(threads.begin(), threads.end(), [&](const Thread &thread) {
+    if (thread.state < m_firstOfIntents) return false;
+    const auto &leaving = m_leaving[static_cast<std::size_t>(thread.state)];
+    const bool goesOn = std::any_of(leaving.begin(), leaving.end(), [this](int index) {
+      return m_arcs[static_cast<std::size_t>(index)].word != kNoWord;
+    });
+    return goesOn && (thread.intent != ended->intent || leadsToSlot(thread.state));
+  });
   Match match{.intent = ended->intent, .mayContinue = mayContinue};
   for (const SlotRange &slot : ended->slots) {
     std::string text;

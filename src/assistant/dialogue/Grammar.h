@@ -37,7 +37,8 @@ struct Match {
 
   int intent = 0;
   std::vector<Slot> slots = {};  ///< in the order in which they were said
-  bool mayContinue = false;      ///< there are sentences that begin with this one and go on
+  /// There are sentences that begin with this one and mean something else.
+  bool mayContinue = false;
 
   /// The words of the `index`-th slot of `rule`; empty when there are not so many.
   [[nodiscard]] std::string slot(std::string_view rule, std::size_t index = 0) const;
@@ -95,6 +96,7 @@ class Grammar {
   void connect(Arc arc);
   void build(const Phrase &phrase, int from, int to, double probability);
   void buildRule(const std::string &name, int from, int to, double probability);
+  [[nodiscard]] bool leadsToSlot(int state) const;
   void follow(std::vector<Thread> &threads, std::vector<bool> &reached, Thread thread, std::size_t at) const;
 
   std::vector<Named> m_rules;

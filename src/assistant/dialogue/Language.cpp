@@ -62,6 +62,13 @@ const Language::Answers *Language::answersTo(std::string_view question) const {
   return found == m_answers.end() ? nullptr : &*found;
 }
 
+bool Language::makesSense(std::string_view words) const {
+  const auto match = m_commands.match(words);
+  if (!match) return false;
+  const auto check = skill(match->intent).makesSense;
+  return !check || check(*match);
+}
+
 Language::Completeness Language::completeness(std::string_view words, std::string_view question) const {
   const Answers *answers = answersTo(question);
   auto match = answers ? answers->grammar.match(words) : std::nullopt;

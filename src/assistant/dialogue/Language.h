@@ -38,6 +38,9 @@ class Language {
   /// Of the question of that name; null when there is none.
   [[nodiscard]] const Answers *answersTo(std::string_view question) const;
 
+  /// Whether `words` are a sentence of `commands()` that somebody might mean.
+  [[nodiscard]] bool makesSense(std::string_view words) const;
+
   enum class Completeness {
     none,      ///< no sentence
     complete,  ///< a sentence, with which others begin that are longer

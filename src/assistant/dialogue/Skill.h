@@ -51,6 +51,9 @@ struct Skill {
   std::string phrases;
   Answer (*answer)(const Request &request);
   std::vector<std::string> examples;  ///< sentences of `phrases`, the most telling one first
+  /// Whether anybody would say these words in earnest; null: always. What nobody would is most likely
+  /// something else that was misheard.
+  bool (*makesSense)(const Match &words) = nullptr;
 };
 
 /// Something that skills ask back. It is pending while it stands in the conversation.

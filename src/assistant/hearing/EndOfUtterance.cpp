@@ -18,10 +18,12 @@ constexpr double kNoSound = -90.0;         // dBFS; less than the last bit: a mu
 
 constexpr std::size_t kStartWindow = 15;
 constexpr std::size_t kStartVoiced = 8;  // longer than any click
-constexpr std::size_t kPause = 30;       // so much silence is a pause
+constexpr std::size_t kPause = 20;       // so much silence is a pause; stops within words are shorter
 constexpr std::size_t kClickShare = 10;  // one in so many of its frames may be a click
 constexpr std::size_t kLastSilent = 10;  // speech that goes on in these frames is waited for
-constexpr std::size_t kMargin = 30;      // a quiet first or last consonant, and the decoder's run-up
+constexpr std::size_t kBefore = 30;      // a quiet first consonant, and the decoder's run-up
+// A quiet last consonant. All of it is there when the pause is noticed: what is recognised then is the whole.
+constexpr std::size_t kAfter = kPause - kPause / kClickShare;
 
 /// The level in dBFS without the frame's mean: an offset of the microphone and hum are no speech.
 double levelOf(std::span<const std::int16_t> frame) {
@@ -101,19 +103,24 @@ void EndOfUtterance::followPause() {
     if (voicedAmongLast(kStartWindow) >= kStartVoiced) m_pause.reset();
   } else if (now - m_firstVoiced >= kPause && voicedAmongLast(kPause) <= kPause / kClickShare) {
     // The last of the speech may be what is allowed for clicks.
-    m_pause = now - kPause + kPause / kClickShare;
+    m_pause = now - kAfter;
     m_hangOver = m_limits.hangOver;
   }
 }
 
 void EndOfUtterance::endIfPausedEnough() {
   if (!m_pause || m_levels.size() - *m_pause < framesOf(m_hangOver)) return;
-  if (voicedAmongLast(kLastSilent) <= kLastSilent / kClickShare * 2) end(*m_pause + kMargin);
+  if (voicedAmongLast(kLastSilent) <= kLastSilent / kClickShare * 2) end(*m_pause + kAfter);
 }
 
 std::optional<EndOfUtterance::Range> EndOfUtterance::pausedUtterance() const {
   if (m_state != State::speaking || !m_pause) return std::nullopt;
-  return rangeTo(*m_pause + kMargin);
+  return rangeTo(*m_pause + kAfter);
+}
+
+std::chrono::milliseconds EndOfUtterance::pause() const {
+  if (m_state != State::speaking || !m_pause) return std::chrono::milliseconds(0);
+  return std::chrono::milliseconds(10 * (m_levels.size() - *m_pause));
 }
 
 EndOfUtterance::State EndOfUtterance::shortenPause(std::chrono::milliseconds hangOver) {
@@ -167,10 +174,10 @@ bool EndOfUtterance::roomIsKnown() const { return m_noise.size() == kNoiseWindow
 EndOfUtterance::Range EndOfUtterance::rangeTo(std::size_t frame) const {
   // Frames before the first voiced one may have been found to be voiced since.
   std::size_t first = m_firstVoiced;
-  for (std::size_t back = first; back > 0 && first - back < kMargin;) {
+  for (std::size_t back = first; back > 0 && first - back < kBefore;) {
     if (m_voiced[--back]) first = back;
   }
-  return {.begin = (first - std::min(first, kMargin)) * kFrame,
+  return {.begin = (first - std::min(first, kBefore)) * kFrame,
           .end = std::min(frame * kFrame, m_levels.size() * kFrame + m_rest.size())};
 }
 

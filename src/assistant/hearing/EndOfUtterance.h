@@ -53,6 +53,8 @@ class EndOfUtterance {
   /// The request so far, while its speaker is silent: it stays the same until the request ends, or speech
   /// goes on. Long enough before the end to find out meanwhile what was said.
   [[nodiscard]] std::optional<Range> pausedUtterance() const;
+  /// How long the speaker has been silent, 0 while there is no pause.
+  [[nodiscard]] std::chrono::milliseconds pause() const;
   /// Says that the request before the present pause is complete, so that less silence ends it. Nothing when
   /// there is no pause. Returns the state.
   State shortenPause(std::chrono::milliseconds hangOver);
@@ -60,7 +62,7 @@ class EndOfUtterance {
   [[nodiscard]] State state() const { return m_state; }
   [[nodiscard]] bool hasEnded() const { return m_state == State::ended || m_state == State::nothingSaid; }
 
-  /// The request and up to 300 ms on either side of it, for the recogniser; empty unless the state is
+  /// The request, up to 300 ms before it and 180 ms after it, for the recogniser; empty unless the state is
   /// `ended`. It lies within the samples fed.
   [[nodiscard]] Range utterance() const { return m_utterance; }
 

@@ -8,8 +8,11 @@ namespace velmora {
 namespace {
 
 /// How much silence ends a request that is complete, and one that is complete but that people go on with.
-constexpr std::chrono::milliseconds kAfterFinished{450};
+constexpr std::chrono::milliseconds kAfterFinished{420};
 constexpr std::chrono::milliseconds kAfterComplete{600};
+
+/// How long the words of a pause that is long enough are waited for: clients send ten pieces a second.
+constexpr std::chrono::milliseconds kUntilNextPiece{90};
 
 /// The detector is told this much at a time, so that it is asked about pauses often enough however large the
 /// pieces of the stream are.
@@ -28,6 +31,9 @@ void Listener::feed(std::span<const std::int16_t> samples) {
     m_detector.feed(piece);
     useGuess();
   }
+  if (hasEnded() || m_detector.pause() < kAfterFinished) return;
+  wait(kUntilNextPiece);
+  useGuess();
 }
 
 void Listener::useGuess() {

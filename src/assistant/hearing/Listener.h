@@ -30,7 +30,9 @@ class Listener {
   /// `question` is the name of what the assistant has asked; empty for nothing.
   Listener(RecogniserPool &recognisers, const Language &language, std::string question);
 
-  /// Takes the next 16 kHz mono samples; those after the end are dropped.
+  /// Takes the next 16 kHz mono samples; those after the end are dropped. When they may be the last before
+  /// the end, it waits for the recogniser as long as the next ones are likely to take, a tenth of a second at
+  /// most.
   void feed(std::span<const std::int16_t> samples);
   /// The stream is over.
   void finish() { m_detector.finish(); }

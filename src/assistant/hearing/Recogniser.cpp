@@ -58,7 +58,7 @@ struct Outside {
   double nothingKnown;  ///< not even the beginning belongs to a sentence of the grammar
   double continued;     ///< the rest of a sentence that the grammar leaves open does not
 };
-constexpr Outside kOutsideCommands{0.01, 0.004, 0.0006, 5e-5, 0.05};
+constexpr Outside kOutsideCommands{0.01, 0.004, 0.0006, 1e-4, 0.1};
 // Whoever is asked something most likely answers it, and the words take 4 MB for each grammar.
 constexpr Outside kOutsideAnswers{0.08, 0.0, 0.0, 0.02, 1.0};
 
@@ -241,7 +241,7 @@ struct Recogniser::Decoder {
 std::filesystem::path Recogniser::defaultModel() { return VELMORA_SPEECH_MODEL; }
 
 Recogniser::Recogniser(const Language &language, const std::filesystem::path &model)
-    : m_decoder(std::make_unique<Decoder>()) {
+    : m_language(language), m_decoder(std::make_unique<Decoder>()) {
   const auto acoustics = model / "en-us";
   const auto phones = model / "en-us-phone.lm.bin";
   for (const auto &part : {acoustics, phones}) {
@@ -297,7 +297,8 @@ Recognition Recogniser::recognise(std::span<const std::int16_t> utterance, const
     if (!phones) phones = m_decoder->decode(kPhones, heard).sound;
     const double confidence =
         result.sound - *phones + kLanguageWeight * result.language - kIncompleteWeight * result.incomplete;
-    return {std::move(result.text), confidence >= kLeastConfidence, confidence};
+    const bool isOdd = search == kCommands && !m_language.makesSense(result.text);
+    return {std::move(result.text), confidence >= kLeastConfidence && !isOdd, confidence};
   };
   if (question.empty()) return recogniseAs(kCommands);
   // An answer is much more likely than a new request; that one is looked for where no answer fits.

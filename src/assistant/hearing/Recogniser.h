@@ -33,6 +33,7 @@ class Recogniser {
   [[nodiscard]] static std::filesystem::path defaultModel();
 
   /// Throws `std::runtime_error` with one line that says which part of the model is missing.
+  /// `language` outlives it.
   explicit Recogniser(const Language &language = Language::instance(),
                       const std::filesystem::path &model = defaultModel());
   ~Recogniser();
@@ -47,6 +48,7 @@ class Recogniser {
 
  private:
   struct Decoder;
+  const Language &m_language;
   std::unique_ptr<Decoder> m_decoder;
 };
 

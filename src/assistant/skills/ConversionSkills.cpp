@@ -120,6 +120,11 @@ Answer howMany(const Request &request) {
   return conversion(value, unitOf(request.slot("unit", 1)), unitOf(request.slot("unit", 0)));
 }
 
+/// Nobody asks for miles in pounds.
+bool isOfOneDimension(const Match &words) {
+  return unitOf(words.slot("unit", 0)).dimension == unitOf(words.slot("unit", 1)).dimension;
+}
+
 }  // namespace
 
 SkillTable conversionSkills() {
@@ -132,13 +137,15 @@ SkillTable conversionSkills() {
                "tell me | how (long | far | heavy | hot | cold | warm | fast | tall | big) (is | are)] "
                "<quantity> <unit> (in | into | to) <unit>",
                convert,
-               {"convert ten miles to kilometers", "what is thirty degrees celsius in fahrenheit"}},
+               {"convert ten miles to kilometers", "what is thirty degrees celsius in fahrenheit"},
+               isOfOneDimension},
               {"conversion",
                "[tell me | do you know] how many <unit> (are in | are there in | is | are | make | "
                "make up | in | equal | does | do | is in | go into | to | fit in | will | would) "
                "<quantity> <unit> [have | be | equal | make | contain]",
                howMany,
-               {"how many feet are in a mile"}},
+               {"how many feet are in a mile"},
+               isOfOneDimension},
           },
   };
 }
