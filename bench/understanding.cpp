@@ -11,6 +11,8 @@
 //
 // The other half says how well it works for what nobody has tuned it by. Therefore only its counts are
 // printed: who changes phrases or thresholds looks at no sentence of it.
+#include <malloc.h>
+
 #include <algorithm>
 #include <array>
 #include <atomic>
@@ -408,6 +410,7 @@ int main(int argc, char **argv) {
       return 2;
     }
   }
+  ::mallopt(M_ARENA_MAX, 2);  // as velmora-assistant does
   try {
     velmora::measure(half, list);
   } catch (const std::exception &error) {

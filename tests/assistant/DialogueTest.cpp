@@ -242,6 +242,17 @@ TEST_F(DialogueTest, OnlyAStateOfItsOwnGoesOn) {
   EXPECT_EQ(dialogue.pendingQuestion(genuine), "guessing game");
   now = now.addSecs(1);
   EXPECT_EQ(dialogue.pendingQuestion(genuine), "");
+
+  StateSeal::Time steady = seconds;
+  const Dialogue unmoved{{.clock = [this] { return now; },
+                          .random = [](int low, int) { return low; },
+                          .shoppingList = list,
+                          .steadyClock = [&] { return steady; }},
+                         seal};
+  now = now.addDays(-2);
+  EXPECT_EQ(unmoved.pendingQuestion(genuine), "guessing game") << "whatever the clock was set to";
+  steady += StateSeal::kLifetime + std::chrono::seconds(1);
+  EXPECT_EQ(unmoved.pendingQuestion(genuine), "");
 }
 
 TEST(StateSealTest, KeepsItsKeyFromStartToStart) {

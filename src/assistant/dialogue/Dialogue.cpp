@@ -38,8 +38,9 @@ const Question *questionOf(const Conversation &conversation) {
   return answers ? answers->question : nullptr;
 }
 
-std::chrono::sys_seconds secondsOf(const QDateTime &time) {
-  return std::chrono::sys_seconds(std::chrono::seconds(time.toSecsSinceEpoch()));
+StateSeal::Time timeOf(const Services &services) {
+  if (services.steadyClock) return services.steadyClock();
+  return StateSeal::Time(std::chrono::seconds(services.clock().toSecsSinceEpoch()));
 }
 
 }  // namespace
@@ -48,7 +49,7 @@ Dialogue::Dialogue(Services services, StateSeal seal)
     : m_services(std::move(services)), m_seal(std::move(seal)) {}
 
 Conversation Dialogue::conversationOf(std::string_view state) const {
-  const auto text = m_seal.open(state, secondsOf(m_services.clock()));
+  const auto text = m_seal.open(state, timeOf(m_services));
   auto conversation = text ? Conversation::fromText(*text) : std::nullopt;
   if (!conversation) return {};
   // Of another version of this program.
@@ -73,7 +74,7 @@ Reply Dialogue::reply(std::string skill, const Answer &answer, Conversation conv
           .text = answer.text,
           .speech = spokenForm(answer.text),
           .followOn = conversation.question.has_value(),
-          .state = m_seal.seal(kept, secondsOf(m_services.clock())),
+          .state = m_seal.seal(kept, timeOf(m_services)),
           .volume = answer.volume};
 }
 

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <QDateTime>
+#include <chrono>
 #include <functional>
 #include <optional>
 #include <span>
@@ -26,6 +27,8 @@ struct Services {
   /// A number from `low` to `high`, both included.
   std::function<int(int low, int high)> random;
   ShoppingList &shoppingList;
+  /// A time that no setting of the clock moves, for how old something is; null: `clock`.
+  std::function<std::chrono::sys_seconds()> steadyClock = {};
 };
 
 /// A request as its skill gets it.

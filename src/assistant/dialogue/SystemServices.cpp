@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "assistant/dialogue/SystemServices.h"
 
+#include <chrono>
+#include <ctime>
 #include <random>
 
 #include "foundation/Log.h"
@@ -23,6 +25,13 @@ int systemRandom(int low, int high) {
   return std::uniform_int_distribution(low, high)(device);
 }
 
+/// How long the machine has been running, its sleep included.
+std::chrono::seconds uptime() {
+  timespec time{};
+  ::clock_gettime(CLOCK_BOOTTIME, &time);
+  return std::chrono::seconds(time.tv_sec);
+}
+
 }  // namespace
 
 SystemServices::SystemServices(const std::optional<std::filesystem::path> &folder)
@@ -30,9 +39,11 @@ SystemServices::SystemServices(const std::optional<std::filesystem::path> &folde
       m_seal(keyFor(folder)) {}
 
 Services SystemServices::services() {
+  const auto started = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()) - uptime();
   return {.clock = [] { return QDateTime::currentDateTime(); },
           .random = systemRandom,
-          .shoppingList = m_shoppingList};
+          .shoppingList = m_shoppingList,
+          .steadyClock = [started] { return started + uptime(); }};
 }
 
 }  // namespace velmora

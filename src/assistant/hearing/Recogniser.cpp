@@ -11,6 +11,7 @@
 #include <cmath>
 #include <cstdarg>
 #include <cstdio>
+#include <map>
 #include <mutex>
 #include <optional>
 #include <random>
@@ -69,6 +70,12 @@ struct Release {
 };
 template <typename Type>
 using Owned = std::unique_ptr<Type, Release>;
+
+/// For what decoders have in common: the library's log, and automata with a plain count of their users.
+std::mutex &shared() {
+  static std::mutex mutex;
+  return mutex;
+}
 
 [[noreturn]] void fail(const std::string &what) {
   throw std::runtime_error("Speech recognition cannot start: " + what);
@@ -192,10 +199,12 @@ struct Recogniser::Decoder {
   Decoder(const Decoder &) = delete;
   Decoder &operator=(const Decoder &) = delete;
   ~Decoder() {
+    const std::lock_guard lock(shared());
     // The search for phones lets go of its last result when it begins another one, and at no other time.
     if (!handle || ps_set_search(handle.get(), kPhones) < 0) return;
     ps_start_utt(handle.get());
     ps_end_utt(handle.get());
+    handle.reset();
   }
 
   struct Result {
@@ -248,18 +257,17 @@ Recogniser::Recogniser(const Language &language, const std::filesystem::path &mo
     if (!std::filesystem::exists(part)) fail("there is no " + part.string());
   }
 
-  // The library's log is global.
-  static std::mutex making;
-  const std::lock_guard lock(making);
+  const std::lock_guard lock(shared());
   err_set_logfp(nullptr);
   err_set_callback(&hearComplaint, nullptr);
 
-  // Wide beams: the grammars are small, and a right sentence that was pruned is lost. The weight keeps long
-  // numbers out of what was said in a few words. With only the active senones computed, scores would be
-  // relative to the best of those, and those of two searches could not be compared.
-  m_decoder->config.reset(cmd_ln_init(nullptr, ps_args(), TRUE, "-hmm", acoustics.c_str(), "-beam", "1e-60",
-                                      "-wbeam", "1e-40", "-pbeam", "1e-60", "-lw", "6", "-compallsen", "yes",
-                                      "-allphone_ci", "yes", nullptr));
+  // Wide beams: the grammars are small, and a right sentence that was pruned is lost; words outside the
+  // grammar are cheap to lose, and where sound fits none of them the limit of models keeps the time and the
+  // memory. The weight keeps long numbers out of what was said in a few words. With only the active senones
+  // computed, scores would be relative to the best of those, and those of two searches could not be compared.
+  m_decoder->config.reset(cmd_ln_init(nullptr, ps_args(), TRUE, "-hmm", acoustics.c_str(), "-beam", "1e-50",
+                                      "-wbeam", "1e-30", "-pbeam", "1e-50", "-maxhmmpf", "5000", "-lw", "6",
+                                      "-compallsen", "yes", "-allphone_ci", "yes", nullptr));
   if (!m_decoder->config) fail("its settings are refused");
   m_decoder->handle.reset(ps_init(m_decoder->config.get()));
   cmd_ln_t *const config = m_decoder->config.get();
@@ -269,7 +277,10 @@ Recogniser::Recogniser(const Language &language, const std::filesystem::path &mo
 
   const auto weight = static_cast<float>(cmd_ln_float_r(config, "-lw"));
   const auto add = [&](const std::string &name, const Grammar &grammar, const Outside &probabilities) {
-    const auto automaton = automatonOf(grammar, probabilities, decoder, weight);
+    // The decoders only read it, and a third of the memory that one takes is this.
+    static std::map<std::string, Owned<fsg_model_t>> automata;
+    Owned<fsg_model_t> &automaton = automata[name];
+    if (!automaton) automaton = automatonOf(grammar, probabilities, decoder, weight);
     if (ps_set_fsg(decoder, name.c_str(), automaton.get()) < 0) fail("the grammar " + name + " is refused");
   };
   add(kCommands, language.commands(), kOutsideCommands);
