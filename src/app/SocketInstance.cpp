@@ -57,7 +57,7 @@ std::optional<sockaddr_un> addressOf(const std::filesystem::path &socket) {
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
   if (socket.string().size() >= sizeof address.sun_path) return std::nullopt;
-  std::strcpy(address.sun_path, socket.c_str());
+  socket.native().copy(address.sun_path, sizeof address.sun_path - 1);  // and the end that is there
   return address;
 }
 
