@@ -30,6 +30,8 @@ const QString kCrashOnExceptionsKey = QStringLiteral("NSApplicationCrashOnExcept
 
 constexpr auto kLoginCheckInterval = 600s;
 constexpr auto kBeforeListening = 200ms;
+// What it reads as it starts would keep the icon waiting.
+constexpr auto kBeforeLocalAssistant = 50ms;
 constexpr auto kHintTime = 5s;
 // A desktop puts the item in its place a moment after it has taken it.
 constexpr auto kPlacing = 300ms;
@@ -58,8 +60,10 @@ AppDelegate::~AppDelegate() = default;
 
 void AppDelegate::applicationWillFinishLaunching() {
   if (m_isLocal) {
-    const auto changed = [this](const LocalAssistantKeeper::State &state) { useDeployment(state); };
-    m_localAssistant = std::make_unique<LocalAssistantKeeper>(LocalAssistant::Settings(), changed);
+    MainQueue::main().after(kBeforeLocalAssistant, m_alive, [this] {
+      const auto changed = [this](const LocalAssistantKeeper::State &state) { useDeployment(state); };
+      m_localAssistant = std::make_unique<LocalAssistantKeeper>(LocalAssistant::Settings(), changed);
+    });
   }
   m_popover.setContentViewController(&m_loadingViewController);
   m_loggedIn = m_userDefaults.addObserver(kLoggedInKey, Notify::newOnly,
