@@ -37,7 +37,7 @@ constexpr auto kPhones = "phones";
 // twenty others pass in the tuned half of bench/understanding.
 constexpr double kLanguageWeight = 2.0;
 constexpr double kIncompleteWeight = 2.0;
-constexpr double kLeastConfidence = -32.0;
+constexpr double kLeastConfidence = -33.0;
 
 /// The acoustic model has never heard digital silence: a recording whose pauses hold nothing at all is
 /// understood worse than one with the noise of a quiet room, of this level in dB under the utterance.
@@ -59,7 +59,7 @@ struct Outside {
   double nothingKnown;  ///< not even the beginning belongs to a sentence of the grammar
   double continued;     ///< the rest of a sentence that the grammar leaves open does not
 };
-constexpr Outside kOutsideCommands{0.01, 0.004, 0.0006, 1e-4, 0.1};
+constexpr Outside kOutsideCommands{0.01, 0.004, 0.0006, 5e-5, 0.05};
 // Whoever is asked something most likely answers it, and the words take 4 MB for each grammar.
 constexpr Outside kOutsideAnswers{0.08, 0.0, 0.0, 0.02, 1.0};
 
@@ -261,13 +261,12 @@ Recogniser::Recogniser(const Language &language, const std::filesystem::path &mo
   err_set_logfp(nullptr);
   err_set_callback(&hearComplaint, nullptr);
 
-  // Wide beams: the grammars are small, and a right sentence that was pruned is lost; words outside the
-  // grammar are cheap to lose, and where sound fits none of them the limit of models keeps the time and the
-  // memory. The weight keeps long numbers out of what was said in a few words. With only the active senones
-  // computed, scores would be relative to the best of those, and those of two searches could not be compared.
-  m_decoder->config.reset(cmd_ln_init(nullptr, ps_args(), TRUE, "-hmm", acoustics.c_str(), "-beam", "1e-50",
-                                      "-wbeam", "1e-30", "-pbeam", "1e-50", "-maxhmmpf", "5000", "-lw", "6",
-                                      "-compallsen", "yes", "-allphone_ci", "yes", nullptr));
+  // Wide beams: the grammars are small, and a right sentence that was pruned is lost. The weight keeps long
+  // numbers out of what was said in a few words. With only the active senones computed, scores would be
+  // relative to the best of those, and those of two searches could not be compared.
+  m_decoder->config.reset(cmd_ln_init(nullptr, ps_args(), TRUE, "-hmm", acoustics.c_str(), "-beam", "1e-60",
+                                      "-wbeam", "1e-40", "-pbeam", "1e-60", "-lw", "6", "-compallsen", "yes",
+                                      "-allphone_ci", "yes", nullptr));
   if (!m_decoder->config) fail("its settings are refused");
   m_decoder->handle.reset(ps_init(m_decoder->config.get()));
   cmd_ln_t *const config = m_decoder->config.get();
