@@ -231,8 +231,7 @@ std::vector<Rule> vocabulary() {
       {"fraction", "point (zero | <digit>)+"},
       {"decimal", "[minus] <any_number> [<fraction>]", true},
       {"quantity",
-       "[minus] <below_thousand> [thousand] [<fraction>] | a | an | half (a | an) | <digit> and a half | "
-       "minus <below_hundred>",
+       "[minus] <below_thousand> [thousand] [<fraction>] | a | an | half (a | an) | <digit> and a half",
        true},
       {"word", kSpellable, true},
       {"said", std::string(kSpellable) + " | " + kEveryday, true},

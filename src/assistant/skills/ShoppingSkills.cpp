@@ -122,7 +122,7 @@ std::string keepList(const Conversation &) { return "All right, I keep the list.
 SkillTable shoppingSkills() {
   return {
       .rules = {{"item", kItems, true},
-                {"items", "[<amount>] <item> ([and] [<amount>] <item>)*"},
+                {"items", "([and] [<amount>] <item>)+"},
                 {"amount",
                  "some | the | more | a few | any | a bottle of | a pack of | a bag of | a loaf of"},
                 {"list", "[my | the | our] [shopping | grocery] list"},
@@ -155,8 +155,7 @@ SkillTable shoppingSkills() {
                {"what is on my shopping list", "what do i need to buy"}},
               {"remove from shopping list",
                "(remove | take | delete | drop | cross | strike | erase | scratch) <items> [off] (from "
-               "| off | out of) <list> | (i | we) (don't | do not) need <items> [any more] | take off "
-               "<items> from <list>",
+               "| off | out of) <list> | (i | we) (don't | do not) need <items> [any more]",
                removeItems,
                {"remove milk from my shopping list"}},
               {"clear shopping list",
