@@ -137,10 +137,14 @@ TEST_F(ConverseTest, EveryQuestionIsAnsweredInOneConversation) {
   EXPECT_EQ(outcome.err, "");
   const auto turns = objects(outcome.out);
   ASSERT_THAT(turns, SizeIs(questions.size()));
+  bool isGameOver = false;
   for (std::size_t i = 0; i < turns.size(); ++i) {
     SCOPED_TRACE(turns[i].dump());
-    EXPECT_NE(turns[i].at("request"), "");
+    EXPECT_TRUE(turns[i].at("request") != "" || isGameOver);
     EXPECT_NE(turns[i].at("answer"), "");
+    // Once in fifty times one of the guesses is right, and what follows it is about no game any more.
+    isGameOver =
+        isGameOver || turns[i].at("answer").get<std::string>().find(" is right!") != std::string::npos;
     EXPECT_EQ(turns[i].at("status"), 0);
     EXPECT_TRUE(turns[i].at("follow_on").is_boolean());
     EXPECT_LE(turns[i].at("end_of_utterance_ms").get<double>(), turns[i].at("first_audio_ms").get<double>());

@@ -195,6 +195,8 @@ TEST_F(PreferencesTest, OpensTheLinksThatThereAreAndHidesTheOthers) {
   PreferencesWindowController window(withLinks(), defaults);
   ASSERT_TRUE(shows(window));
   window.AboutTabClick();
+  ASSERT_TRUE(
+      runUntil([&] { return part<QWidget>(window, "faqButton").isVisible() && window.isActiveWindow(); }));
   for (const char *keys : {"alt+s", "alt+f", "alt+i", "alt+h"}) {
     const std::size_t before = opened.size();
     EXPECT_TRUE(type(keys));
