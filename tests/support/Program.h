@@ -65,7 +65,10 @@ class Program {
     m_process.waitForFinished(0);
     return m_process.state() != QProcess::NotRunning;
   }
-  void signal(int number) const { ::kill(pid(), number); }
+  /// Nothing when it has ended: a process of no number would be everybody around.
+  void signal(int number) const {
+    if (pid() > 0) ::kill(pid(), number);
+  }
   [[nodiscard]] pid_t pid() const { return static_cast<pid_t>(m_process.processId()); }
 
   /// All that has come so far.
