@@ -295,6 +295,10 @@ TEST_F(Desktop, WithoutNetworkItSaysSo) {
   ASSERT_TRUE(isAt("Talk"));
   ASSERT_TRUE(tests::ip("link set velmora0 up"));
   ASSERT_TRUE(tests::ip("route replace default via 10.9.0.2"));
+  // The kernel finds the carrier a moment later.
+  ASSERT_TRUE(eventually([] {
+    return tests::run({"sh", "-c", "ip link show velmora0 | grep -q 'state UP'"});
+  }));
   ASSERT_TRUE(type({"space"}));
   EXPECT_TRUE(sees("label", "Listening…")) << m_reader->text();
   // Without a microphone that is all there is to say.
