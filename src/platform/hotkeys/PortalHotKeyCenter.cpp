@@ -12,7 +12,6 @@
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QDBusServiceWatcher>
-#include <QTimer>
 #include <array>
 
 #include "foundation/Log.h"
@@ -108,7 +107,7 @@ void PortalHotKeyCenter::changeSoon() {
   // Changes come in groups.
   if (m_changing || m_failed) return;
   m_changing = true;
-  QTimer::singleShot(0, this, [this] {
+  MainQueue::main().async(m_alive, [this] {
     m_changing = false;
     m_answers.clear();  // of a session that nobody wants any more
     closeSession();

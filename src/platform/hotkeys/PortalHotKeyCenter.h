@@ -11,6 +11,7 @@
 #include <functional>
 #include <map>
 
+#include "foundation/MainQueue.h"
 #include "platform/hotkeys/HotKeyCenter.h"
 
 namespace velmora {
@@ -56,6 +57,7 @@ class PortalHotKeyCenter final : public QObject, public HotKeyCenter {
   unsigned m_tokens = 0;
   bool m_changing = false;
   bool m_failed = false;  // and said so
+  Alive m_alive;
 };
 
 }  // namespace velmora

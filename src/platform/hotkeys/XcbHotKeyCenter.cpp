@@ -6,7 +6,6 @@
 #include <xcb/xinput.h>
 
 #include <QSocketNotifier>
-#include <QTimer>
 #include <algorithm>
 #include <cstdlib>
 #include <functional>
@@ -208,7 +207,7 @@ bool XcbHotKeyCenter::take(Grab &grab) {
   grab.positions = KeyboardLayout::shared().positions(*grab.key);
   const bool taken = m_server->grab(grab.positions, maskOf(grab.modifiers), m_locks);
   // The answers may have brought presses along, which nobody would come to fetch.
-  QTimer::singleShot(0, this, [this] { m_server->takeEvents(); });
+  MainQueue::main().async(m_alive, [this] { m_server->takeEvents(); });
   return taken;
 }
 

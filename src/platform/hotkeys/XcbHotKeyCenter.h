@@ -7,6 +7,7 @@
 #include <memory>
 #include <vector>
 
+#include "foundation/MainQueue.h"
 #include "platform/hotkeys/HotKeyCenter.h"
 #include "platform/hotkeys/KeyCodes.h"
 
@@ -41,6 +42,7 @@ class XcbHotKeyCenter final : public QObject, public HotKeyCenter {
   std::unique_ptr<Server> m_server;
   std::map<std::uint32_t, Grab> m_grabs;
   std::vector<std::uint16_t> m_locks;
+  Alive m_alive;
 };
 
 }  // namespace velmora

@@ -25,7 +25,8 @@ QRectF placeOf(const QSize &image, int side) {
   }
   const int scale = std::max(1, side / kMiddle);
   const int whole = kGrid.width() * scale;
-  return QRectF((side - whole) / 2, (side - whole) / 2, whole, whole);
+  const int margin = (side - whole) / 2;  // whole pixels
+  return QRectF(margin, margin, whole, whole);
 }
 
 }  // namespace

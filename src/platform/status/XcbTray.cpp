@@ -6,7 +6,6 @@
 
 #include <QGuiApplication>
 #include <QSocketNotifier>
-#include <QTimer>
 #include <array>
 #include <cstdlib>
 #include <string>
@@ -74,7 +73,7 @@ bool XcbTray::nativeEventFilter(const QByteArray &eventType, void *message, qint
   // An item that were made before the toolkit knows of the tray would be put into it twice, and be lost.
   if ((event.response_type & 0x7f) == XCB_CLIENT_MESSAGE && event.type == m_server->manager &&
       event.data.data32[1] == m_server->selection) {
-    QTimer::singleShot(0, this, [this] { look(); });
+    MainQueue::main().async(m_alive, [this] { look(); });
   }
   return false;
 }
@@ -134,7 +133,7 @@ void XcbTray::readForeground() {
     }
   }
   // The answers may have brought events along, which nobody would come to fetch.
-  QTimer::singleShot(0, this, [this] { takeEvents(); });
+  MainQueue::main().async(m_alive, [this] { takeEvents(); });
   if (color == m_foreground) return;
   m_foreground = color;
   Q_EMIT foregroundChanged();

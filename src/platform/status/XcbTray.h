@@ -10,6 +10,8 @@
 #include <memory>
 #include <optional>
 
+#include "foundation/MainQueue.h"
+
 class QSocketNotifier;
 
 namespace velmora {
@@ -45,6 +47,7 @@ class XcbTray final : public QObject, private QAbstractNativeEventFilter {
   std::uint32_t m_window = 0;  // of the present tray
   unsigned m_trays = 0;        // that there were so far
   std::optional<QColor> m_foreground;
+  Alive m_alive;
 };
 
 }  // namespace velmora
