@@ -46,6 +46,7 @@ class SingleInstances : public ::testing::TestWithParam<bool> {
 TEST_P(SingleInstances, OneOfManyThatStartTogetherIsTheFirst) {
   for (int round = 0; round < 3; ++round) {
     std::vector<std::unique_ptr<Program>> all;
+    all.reserve(12);
     for (int i = 0; i < 12; ++i) all.push_back(start());
     Program *first = nullptr;
     for (auto &one : all) {

@@ -42,6 +42,7 @@ TEST(StatusSocketTest, NobodyWaitsForEverForAServiceThatStandsStill) {
   const StatusSocket socket(folder.path());
   // More than may wait at the socket: the last ones cannot even connect.
   std::vector<std::thread> callers;
+  callers.reserve(12);
   for (int i = 0; i < 12; ++i)
     callers.emplace_back([&] { EXPECT_EQ(StatusSocket::ask(folder.path()), std::nullopt); });
   for (std::thread &caller : callers) caller.join();
