@@ -31,7 +31,6 @@ using Result = Google_Assistant_Embedded_V1alpha1_ConverseResult;
 using State = Google_Assistant_Embedded_V1alpha1_ConverseState;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using ::testing::StartsWith;
 
 std::string event() {
   Response response;

@@ -11,10 +11,11 @@
 #include <QMouseEvent>
 #include <QPushButton>
 #include <QScreen>
-#include <QTimer>
+#include <chrono>
 #include <cstdio>
 
 #include "foundation/Deployment.h"
+#include "foundation/MainQueue.h"
 #include "gallery/Theme.h"
 #include "platform/web/WebView.h"
 #include "ui/Page.h"
@@ -105,7 +106,8 @@ int main(int argc, char **argv) {
   defaults.setObject(true, QStringLiteral("logged_in"));
   const auto window = velmora::windowOf(arguments.at(arguments.size() - 2), defaults);
   bool saved = false;
-  QTimer::singleShot(velmora::kSettled, [&] {
+  const velmora::Alive alive;
+  velmora::MainQueue::main().after(std::chrono::milliseconds(velmora::kSettled), alive, [&] {
     saved = window->screen()->grabWindow(window->winId()).save(arguments.last(), "PNG");
     QApplication::quit();
   });
