@@ -9,10 +9,11 @@
 #include <QProcess>
 #include <QPushButton>
 #include <QScreen>
-#include <QTimer>
 #include <QWindow>
+#include <chrono>
 #include <optional>
 
+#include "foundation/MainQueue.h"
 #include "platform/window/Compositor.h"
 #include "support/EventLoop.h"
 #include "support/OtherProgram.h"
@@ -84,7 +85,8 @@ class PopoverTest : public testing::Test {
   static void settle() {
     for (int turn = 0; turn < 3; ++turn) {
       bool done = false;
-      QTimer::singleShot(50, [&] { done = true; });
+      const Alive alive;
+      MainQueue::main().after(std::chrono::milliseconds(50), alive, [&] { done = true; });
       ASSERT_TRUE(runUntil([&] { return done; }));
     }
   }
