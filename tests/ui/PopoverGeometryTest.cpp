@@ -49,35 +49,35 @@ TEST(PopoverGeometry, TheArrowGoesWhereTheBubbleFits) {
   struct Case {
     const char *what;
     ArrowDirection preferred;
+    ArrowDirection expected;
     QRectF anchor;
     QRectF screen;
-    ArrowDirection expected;
   };
   constexpr QRectF kScreen(0, 0, 1000, 800);
   constexpr QRectF kUpper(0, 800, 1000, 800);
   constexpr ArrowDirection kStrange{7};
   const Case cases[] = {
-      {"fits and stays though there is more room elsewhere", up, {480, 150, 20, 20}, kScreen, up},
-      {"fits", down, {480, 150, 20, 20}, kScreen, down},
-      {"fits", left, {480, 400, 20, 20}, kScreen, left},
-      {"fits", right, {480, 400, 20, 20}, kScreen, right},
-      {"at the top, above does not fit", down, {480, 780, 20, 20}, kScreen, up},
-      {"at the bottom, below does not fit", up, {480, 0, 20, 20}, kScreen, down},
-      {"at the right edge", left, {980, 400, 20, 20}, kScreen, right},
-      {"at the left edge", right, {0, 400, 20, 20}, kScreen, left},
-      {"touches the edge exactly, which is inside", left, {780, 400, 20, 20}, kScreen, left},
-      {"half a pixel too far", left, {780.5, 400, 20, 20}, kScreen, right},
-      {"neither side, more room above", left, {100, 200, 800, 20}, kScreen, down},
-      {"neither side, more room below", right, {100, 600, 800, 20}, kScreen, up},
-      {"neither side, as much room on both", left, {100, 390, 800, 20}, kScreen, down},
-      {"nowhere", up, {480, 20, 20, 760}, kScreen, up},
-      {"nowhere", right, {0, 0, 1000, 800}, kScreen, right},
-      {"no screen", down, {480, 400, 20, 20}, {}, down},
+      {"fits and stays though there is more room elsewhere", up, up, {480, 150, 20, 20}, kScreen},
+      {"fits", down, down, {480, 150, 20, 20}, kScreen},
+      {"fits", left, left, {480, 400, 20, 20}, kScreen},
+      {"fits", right, right, {480, 400, 20, 20}, kScreen},
+      {"at the top, above does not fit", down, up, {480, 780, 20, 20}, kScreen},
+      {"at the bottom, below does not fit", up, down, {480, 0, 20, 20}, kScreen},
+      {"at the right edge", left, right, {980, 400, 20, 20}, kScreen},
+      {"at the left edge", right, left, {0, 400, 20, 20}, kScreen},
+      {"touches the edge exactly, which is inside", left, left, {780, 400, 20, 20}, kScreen},
+      {"half a pixel too far", left, right, {780.5, 400, 20, 20}, kScreen},
+      {"neither side, more room above", left, down, {100, 200, 800, 20}, kScreen},
+      {"neither side, more room below", right, up, {100, 600, 800, 20}, kScreen},
+      {"neither side, as much room on both", left, down, {100, 390, 800, 20}, kScreen},
+      {"nowhere", up, up, {480, 20, 20, 760}, kScreen},
+      {"nowhere", right, right, {0, 0, 1000, 800}, kScreen},
+      {"no screen", down, down, {480, 400, 20, 20}, {}},
       // The middle of the upper screen is above the whole of its height: taken for less room above.
-      {"a screen above another, where only above would do", left, {100, 810, 800, 20}, kUpper, left},
-      {"the same with the room below", left, {100, 1500, 800, 20}, kUpper, up},
-      {"no direction", none, {480, 400, 20, 20}, kScreen, none},
-      {"a strange one", kStrange, {480, 400, 20, 20}, kScreen, kStrange},
+      {"a screen above another, where only above would do", left, left, {100, 810, 800, 20}, kUpper},
+      {"the same with the room below", left, up, {100, 1500, 800, 20}, kUpper},
+      {"no direction", none, none, {480, 400, 20, 20}, kScreen},
+      {"a strange one", kStrange, kStrange, {480, 400, 20, 20}, kScreen},
   };
   for (const Case &c : cases)
     EXPECT_EQ(chooseArrowDirection(c.preferred, {200, 100}, c.anchor, c.screen), c.expected)
