@@ -28,25 +28,25 @@ constexpr std::string_view kHelp =
 std::optional<ApplicationOptions> ApplicationOptions::parse(const std::vector<std::string> &arguments) {
   constexpr std::string_view kDeployment = "--deployment";
   ApplicationOptions options;
-  for (auto argument = arguments.begin(); argument != arguments.end(); ++argument) {
-    if (*argument == "-h" || *argument == "--help") {
+  for (std::size_t i = 0; i < arguments.size(); ++i) {
+    const std::string &argument = arguments[i];
+    if (argument == "-h" || argument == "--help") {
       std::cout << kHelp << std::flush;
       return std::nullopt;
     }
-    if (*argument == "--version") {
+    if (argument == "--version") {
       std::cout << "velmora " << VELMORA_VERSION << '\n' << std::flush;
       return std::nullopt;
     }
-    if (*argument == kDeployment) {
-      if (++argument == arguments.end()) throw ApplicationUsageError("--deployment needs a folder");
-      options.deployment = *argument;
-    } else if (argument->starts_with(std::string(kDeployment) + '=')) {
-      options.deployment = argument->substr(kDeployment.size() + 1);
-    } else if (*argument == "--listen" || *argument == "--preferences" || *argument == "--quit") {
-      if (!options.command.isEmpty()) throw ApplicationUsageError("one thing at a time: " + *argument);
-      options.command = QString::fromStdString(argument->substr(2));
+    if (argument == kDeployment) {
+      options.deployment = ++i < arguments.size() ? arguments[i] : "";
+    } else if (argument.starts_with(std::string(kDeployment) + '=')) {
+      options.deployment = argument.substr(kDeployment.size() + 1);
+    } else if (argument == "--listen" || argument == "--preferences" || argument == "--quit") {
+      if (!options.command.isEmpty()) throw ApplicationUsageError("one thing at a time: " + argument);
+      options.command = QString::fromStdString(argument.substr(2));
     } else {
-      throw ApplicationUsageError("unknown argument: " + *argument);
+      throw ApplicationUsageError("unknown argument: " + argument);
     }
   }
   if (options.deployment && options.deployment->empty())

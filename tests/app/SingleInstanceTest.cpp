@@ -82,7 +82,7 @@ TEST_P(SingleInstances, CommandsComeInOrderAndStrangeOnesAreLogged) {
   EXPECT_EQ(first->finish(), 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(, SingleInstances, ::testing::Bool(),
+INSTANTIATE_TEST_SUITE_P(Ways, SingleInstances, ::testing::Bool(),
                          [](const auto &parameters) { return parameters.param ? "onABus" : "withoutABus"; });
 
 TEST(SingleInstance, KeepsOthersOutOfItsFolder) {

@@ -92,9 +92,10 @@ std::optional<ScreenReader::Element> ScreenReader::find(const std::string &role,
                                                         const std::string &name) const {
   // Reading keeps the program busy that is read: not without a pause.
   std::this_thread::sleep_for(kPause);
+  std::optional<Element> found;
   for (Element &element : elements())
-    if ((role.empty() || element.role == role) && element.name == name) return std::move(element);
-  return std::nullopt;
+    if (!found && (role.empty() || element.role == role) && element.name == name) found = std::move(element);
+  return found;
 }
 
 std::optional<ScreenReader::Element> ScreenReader::waitFor(const std::string &role,
