@@ -18,7 +18,7 @@ std::optional<ConverseSession::Request> ConverseSession::receive(
   std::string bytes;
   switch (handler().receive(bytes, patience)) {
     case ServerCall::Received::nothingYet: return std::nullopt;
-    case ServerCall::Received::endOfStream: throw ServerError::endOfStream;
+    case ServerCall::Received::endOfStream: throw ServerError{ServerError::endOfStream};
     case ServerCall::Received::message: break;
   }
   try {

@@ -139,18 +139,19 @@ class AssistantProviderTest : public ::testing::Test {
 
  private:
   static void take(const Response &response, Turn &turn) {
-    if (response.eventType() == Response::EventType::endOfUtterance) turn.kinds.push_back("end of utterance");
+    if (response.eventType() == Response::EventType::endOfUtterance)
+      turn.kinds.emplace_back("end of utterance");
     if (const auto bytes = response.audioOut().audioData(); !bytes.empty()) {
-      if (turn.audio.empty()) turn.kinds.push_back("audio");
+      if (turn.audio.empty()) turn.kinds.emplace_back("audio");
       turn.audio += bytes;
     }
     const Result result = response.result();
     if (!result.spokenRequestText().empty()) {
-      turn.kinds.push_back("request");
+      turn.kinds.emplace_back("request");
       turn.requestText = result.spokenRequestText();
     }
     if (!result.spokenResponseText().empty()) {
-      turn.kinds.push_back("answer");
+      turn.kinds.emplace_back("answer");
       turn.answerText = result.spokenResponseText();
     }
     turn.last = result;
@@ -313,7 +314,7 @@ TEST_F(AssistantProviderTest, WhoNeverReadsAndWhoNeverSpeaksStandInNobodysWay) {
   const auto unread = m_service->converse([](const CallResult &) {});
   unread->send(request(loud));
   for (const std::string bytes = spoken("what can you do");
-       const std::size_t at : {0, 1, 2, 3, 4, 5, 6, 7, 8})
+       const std::size_t at : {0U, 1U, 2U, 3U, 4U, 5U, 6U, 7U, 8U})
     if (at * 16000 < bytes.size()) unread->send(audioRequest(bytes.substr(at * 16000, 16000)));
   unread->closeSend();
   // A request that no microphone makes.

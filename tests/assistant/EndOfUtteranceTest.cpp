@@ -152,7 +152,7 @@ TEST(EndOfUtterance, ASpeakerMayPause) {
 
 TEST(EndOfUtterance, ClicksDoNotPutOffTheEnd) {
   Samples after = room(3 * kSecond);
-  for (const std::size_t at : {300, 550, 700}) {
+  for (const std::size_t at : {300U, 550U, 700U}) {
     const Samples one = click();
     std::copy(one.begin(), one.end(), after.begin() + static_cast<std::ptrdiff_t>(at * kMillisecond));
   }
@@ -203,7 +203,7 @@ TEST(EndOfUtterance, PiecesMakeNoDifference) {
   stream = mixed(stream, pinkNoise(stream.size(), -45.0));
   const Outcome expected = listen(stream);
   ASSERT_EQ(expected.state, State::ended);
-  for (const std::size_t piece : {1, 7, 159, 160, 161, 441, 1024, 1600, 4096}) {
+  for (const std::size_t piece : {1U, 7U, 159U, 160U, 161U, 441U, 1024U, 1600U, 4096U}) {
     const Outcome outcome = listen(stream, piece);
     EXPECT_EQ(outcome.state, expected.state) << piece;
     EXPECT_EQ(outcome.utterance, expected.utterance) << piece;

@@ -22,6 +22,7 @@ TEST(RecogniserPool, ServesMoreStreamsThanItHasRecognisers) {
   std::atomic<int> understood = 0;
   {
     std::vector<std::jthread> streams;
+    streams.reserve(6);
     for (int i = 0; i < 6; ++i) {
       streams.emplace_back([&] { understood += pool.recognise(question).text == "what time is it" ? 1 : 0; });
     }

@@ -98,6 +98,7 @@ TEST(Voice, FirstBytesLeaveEarlyAndAreBareFrames) {
 
 TEST(Voice, SpeakersTakeTurns) {
   std::vector<std::jthread> speakers;
+  speakers.reserve(4);
   for (int i = 0; i < 4; ++i) {
     speakers.emplace_back([] { EXPECT_GT(speak("One hundred and five.").size(), 8000U); });
   }

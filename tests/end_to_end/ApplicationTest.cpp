@@ -5,10 +5,10 @@
 // a network of its own. The user presses keys and buttons, speaks, hears, and reads what a screen reader
 // reads.
 #include <gmock/gmock.h>
-#include <signal.h>
 
 #include <QCoreApplication>
 #include <QDateTime>
+#include <csignal>
 #include <fstream>
 #include <optional>
 

@@ -47,7 +47,7 @@ TEST_F(AssistantTest, SaysWhereItIsInAPrivateFolderAndLeavesNothingBehind) {
     EXPECT_TRUE(folder.string().starts_with(m_runtime.path().string()));
     EXPECT_FALSE(fs::exists(folder / "server.key"));
     const Deployment deployment = Deployment::load(folder);
-    EXPECT_EQ(deployment.address(), line.at("address"));
+    EXPECT_EQ(deployment.address(), line.at("address").get<std::string>());
     EXPECT_EQ(deployment.host, "127.0.0.1");
     EXPECT_THAT(readFile(deployment.resource("roots", "pem")), HasSubstr("BEGIN CERTIFICATE"));
     for (const auto &entry : fs::directory_iterator(folder)) {

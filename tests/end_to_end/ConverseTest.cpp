@@ -21,9 +21,7 @@ namespace {
 namespace fs = std::filesystem;
 using nlohmann::json;
 using ::testing::AllOf;
-using ::testing::ContainsRegex;
 using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 using ::testing::MatchesRegex;
 using ::testing::Not;
 using ::testing::SizeIs;
@@ -140,7 +138,7 @@ TEST_F(ConverseTest, EveryQuestionIsAnsweredInOneConversation) {
   bool isGameOver = false;
   for (std::size_t i = 0; i < turns.size(); ++i) {
     SCOPED_TRACE(turns[i].dump());
-    EXPECT_TRUE(turns[i].at("request") != "" || isGameOver);
+    EXPECT_TRUE(!turns[i].at("request").get<std::string>().empty() || isGameOver);
     EXPECT_NE(turns[i].at("answer"), "");
     // Once in fifty times one of the guesses is right, and what follows it is about no game any more.
     isGameOver =

@@ -124,7 +124,7 @@ struct Conversation {
 
 /// Sends the responses after the client has closed its side.
 ScriptedServer::Script answering(std::vector<std::string> responses, End end = {}) {
-  return [responses = std::move(responses), end](ScriptedServer::Call &call) {
+  return [responses = std::move(responses), end = std::move(end)](ScriptedServer::Call &call) {
     call.readAll();
     for (const auto &bytes : responses) call.write(bytes);
     return end;

@@ -30,7 +30,6 @@ namespace {
 
 using Response = Google_Assistant_Embedded_V1alpha1_ConverseResponse;
 using Result = Google_Assistant_Embedded_V1alpha1_ConverseResult;
-using ::testing::AllOf;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using tests::CapturedLog;
@@ -122,7 +121,7 @@ class AssistantScreenTest : public ::testing::Test {
     window.emplace(host, defaults);
     window->showWindow();
   }
-  ~AssistantScreenTest() override { setAlertAnswer({}); }
+  void TearDown() override { setAlertAnswer({}); }
 
   template <typename Widget = QToolButton>
   [[nodiscard]] Widget &outlet(const char *name) {

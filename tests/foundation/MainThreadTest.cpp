@@ -14,7 +14,7 @@
 namespace velmora {
 namespace {
 
-using std::chrono_literals::operator""ms;
+using namespace std::chrono_literals;
 using testing::ElementsAre;
 
 struct MainThread : testing::Test {

@@ -24,9 +24,8 @@
 #include "ui/waveform/SpeechWaveformView.h"
 #include "ui/waveform/WaveformView.h"
 
+namespace velmora {
 namespace {
-
-using namespace velmora;
 
 constexpr QRect kScene(0, 0, 600, 380);
 constexpr QRect kStatusItem(130, 2, 22, 22);
@@ -93,9 +92,7 @@ class Waves : public QWidget {
   WaveformView m_level;
 };
 
-}  // namespace
-
-int main(int argc, char **argv) {
+int show(int argc, char **argv) {
   QApplication application(argc, argv);
   const QStringList arguments = QApplication::arguments();
   const bool dark = arguments.contains(QStringLiteral("--dark"));
@@ -119,7 +116,9 @@ int main(int argc, char **argv) {
 
   int status = 1;
   // Long after the animations and the first frame of everybody.
-  QTimer::singleShot(2500, [&] {
+  QTimer last;
+  last.setSingleShot(true);
+  QObject::connect(&last, &QTimer::timeout, [&] {
     QScreen *screen = QGuiApplication::primaryScreen();
     const QPixmap all = screen->grabWindow(0);
     const double scale = all.deviceIndependentSize().width() > 0 ? all.devicePixelRatio() : 1;
@@ -127,7 +126,13 @@ int main(int argc, char **argv) {
     if (picture.save(arguments.last(), "PNG")) status = 0;
     QApplication::quit();
   });
+  last.start(2500);
   QApplication::exec();
   if (status != 0) std::fprintf(stderr, "gallery: %s cannot be written\n", qPrintable(arguments.last()));
   return status;
 }
+
+}  // namespace
+}  // namespace velmora
+
+int main(int argc, char **argv) { return velmora::show(argc, argv); }

@@ -128,7 +128,7 @@ TEST(ConverseCall, BadBytesAreOneErrorAndTheStreamGoesOn) {
   const auto call = client.start();
   Inbox<std::string> received;
   std::function<void()> next = [&] {
-    call->receive([&](std::optional<Response> response, std::optional<ClientError> error) {
+    call->receive([&](const std::optional<Response> &response, const std::optional<ClientError> &error) {
       EXPECT_TRUE(CompletionThread::isCurrent());
       const bool more = response || error->errorCase() != ClientError::Case::endOfStream;
       received.put(asText(response, error));

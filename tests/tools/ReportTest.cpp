@@ -49,36 +49,38 @@ TEST(Report, TextFromOutsideCannotSpoilALine) {
 TEST(Report, AFailureSaysWhatHappenedAndWhatToDo) {
   const struct {
     int status;
-    std::optional<std::string> message;
     TokenSource token;
+    std::optional<std::string> message;
     const char *line;
   } cases[] = {
-      {16, "old", TokenSource::argument, "refused the token: old (give a valid one with --token)"},
-      {16, {}, TokenSource::stored, "refused the token (sign in anew, or give a valid one with --token)"},
-      {16, "", TokenSource::none, "refused the token (none is stored: sign in, or give one with --token)"},
-      {14, "no route", TokenSource::none,
+      {16, TokenSource::argument, "old", "refused the token: old (give a valid one with --token)"},
+      {16, TokenSource::stored, {}, "refused the token (sign in anew, or give a valid one with --token)"},
+      {16, TokenSource::none, "", "refused the token (none is stored: sign in, or give one with --token)"},
+      {14, TokenSource::none, "no route",
        "at h:1 cannot be reached: no route (check the address and the network)"},
-      {14, "Cancelling all calls", TokenSource::none, "the service at h:1 was stopped (try again)"},
-      {14,
+      {14, TokenSource::none, "Cancelling all calls", "the service at h:1 was stopped (try again)"},
+      {14, TokenSource::none,
        "failed to connect to all addresses; last error: UNKNOWN: ipv4:127.0.0.1:1: Failed to connect to "
        "remote host: Connection refused",
-       TokenSource::none, "at h:1 cannot be reached: Connection refused (check the address and the network)"},
-      {14,
+       "at h:1 cannot be reached: Connection refused (check the address and the network)"},
+      {14, TokenSource::none,
        "ipv4:127.0.0.1:1: Ssl handshake failed: SSL_ERROR_SSL: error:0A000086:SSL routines::certificate "
        "verify failed",
-       TokenSource::none, ": its certificate is not trusted (see --roots)"},
-      {14, "ipv4:127.0.0.1:1: Peer name 127.0.0.1 is not in peer certificate", TokenSource::none,
+       ": its certificate is not trusted (see --roots)"},
+      {14, TokenSource::none, "ipv4:127.0.0.1:1: Peer name 127.0.0.1 is not in peer certificate",
        ": its certificate is for another name (check the address, see --roots)"},
-      {14, "last error: UNKNOWN: ipv4:127.0.0.1:1: Handshake read failed", TokenSource::none,
+      {14, TokenSource::none, "last error: UNKNOWN: ipv4:127.0.0.1:1: Handshake read failed",
        ": it accepts connections but says nothing (check the address)"},
-      {14, "Ssl handshake failed: SSL_ERROR_SSL: error:0A00010B:SSL routines::wrong version number",
-       TokenSource::none, ": it does not speak TLS as expected (check the address)"},
-      {14, "DNS resolution failed for h: C-ares status is not ARES_SUCCESS qtype=AAAA name=h is_balancer=0",
-       TokenSource::none, ": its name is not known (check the address and the network)"},
-      {8, "Busy", TokenSource::none, "the service is at its limit: Busy (try again later)"},
-      {8, "Busy; try again later", TokenSource::none, "the service is at its limit: Busy; try again later"},
-      {12, "", TokenSource::none, "what answers at h:1 is no assistant service (check the address)"},
-      {99, "two\nlines", TokenSource::none, "the service ended the call with status 99: two lines"}};
+      {14, TokenSource::none,
+       "Ssl handshake failed: SSL_ERROR_SSL: error:0A00010B:SSL routines::wrong version number",
+       ": it does not speak TLS as expected (check the address)"},
+      {14, TokenSource::none,
+       "DNS resolution failed for h: C-ares status is not ARES_SUCCESS qtype=AAAA name=h is_balancer=0",
+       ": its name is not known (check the address and the network)"},
+      {8, TokenSource::none, "Busy", "the service is at its limit: Busy (try again later)"},
+      {8, TokenSource::none, "Busy; try again later", "the service is at its limit: Busy; try again later"},
+      {12, TokenSource::none, "", "what answers at h:1 is no assistant service (check the address)"},
+      {99, TokenSource::none, "two\nlines", "the service ended the call with status 99: two lines"}};
   for (const auto &c : cases) {
     EXPECT_THAT(explain({.outcome = Outcome::refused, .status = c.status, .statusMessage = c.message},
                         {.address = "h:1", .tokenSource = c.token}),

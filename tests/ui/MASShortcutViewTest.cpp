@@ -35,9 +35,7 @@ constexpr std::uint16_t kSuperMask = 64;
 class ShortcutView : public testing::Test {
  protected:
   ShortcutView() {
-    auto *layout = new QHBoxLayout(&window);
-    for (QWidget *widget : std::initializer_list<QWidget *>{&view, &second, &field})
-      layout->addWidget(widget);
+    for (QWidget *widget : std::initializer_list<QWidget *>{&view, &second, &field}) layout.addWidget(widget);
     field.setFocus();
   }
   void SetUp() override {
@@ -67,6 +65,7 @@ class ShortcutView : public testing::Test {
   MASShortcutView view;
   MASShortcutView second;
   QLineEdit field;
+  QHBoxLayout layout{&window};
 };
 
 TEST_F(ShortcutView, RecordsWhatIsTyped) {

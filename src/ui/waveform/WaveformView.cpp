@@ -33,9 +33,11 @@ QPolygonF WaveformView::points(std::int64_t wave) const {
   if (!(m_density > 0)) return points;
   points.reserve(static_cast<int>(std::clamp(end / m_density + 1, 1.0, 1e5)));
   // The abscissa is accumulated and the sine has single precision: a level needs no more.
-  for (double x = 0; x < end; x += m_density) {
+  double x = 0;
+  while (x < end) {
     const float sine = std::sin(static_cast<float>(formula.angle(x)));
     points.append(formula.point(x, static_cast<double>(sine)));
+    x += m_density;
   }
   return points;
 }
