@@ -103,12 +103,13 @@ int runProgram(int argc, char **argv) {
       return failed("there is no display to show it on; velmora-converse works without one", kFailed);
     }
     setLogSink(sinkForWhoReads());
-    startCrashReports();
     QCoreApplication::setApplicationName(QStringLiteral("velmora"));
     QCoreApplication::setApplicationVersion(QStringLiteral(VELMORA_VERSION));
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Velmora"));
     QGuiApplication::setDesktopFileName(QStringLiteral("com.brindlewick.Velmora"));
     const QApplication application(argc, argv);
+    // From here on: that no display answers is no crash of ours.
+    startCrashReports();
     return runApplication(*options);
   } catch (const ApplicationUsageError &error) {
     return failed(std::string(error.what()) + "; see velmora --help", kUsage);
