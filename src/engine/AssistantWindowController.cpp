@@ -8,6 +8,7 @@
 #include <algorithm>
 
 #include "foundation/Log.h"
+#include "platform/window/WindowSize.h"
 #include "ui/AssisView.h"
 #include "ui/Page.h"
 #include "ui_AssistantView.h"
@@ -30,6 +31,7 @@ AssistantWindowController::AssistantWindowController(AssistantHost &host, UserDe
 void AssistantWindowController::showWindow(const QRect &anchor) {
   if (!isViewLoaded()) {
     viewDidLoad();
+    boundToScreen(*this);
     placeAt(anchor);
   }
   if (isMinimized()) setWindowState(windowState() & ~Qt::WindowMinimized);
