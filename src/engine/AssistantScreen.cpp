@@ -177,6 +177,8 @@ void AssistantScreen::hideEvent(QHideEvent *event) {
   QWidget::hideEvent(event);
   // Put away for a while by the desktop only.
   if (event->spontaneous()) return;
+  // Whatever closed it: the next time the space bar talks again.
+  if (isViewLoaded()) m_ui->microphoneButton->setFocus();
   m_isClosed = true;
   m_startsWhenReady = false;
   if (isListening()) stopListening();
@@ -211,6 +213,10 @@ void AssistantScreen::startListening() {
                .informativeText = tr("You are not connected to internet, Please connect to use Alexa."),
                .buttons = {tr("OK")}},
               isVisible() ? this : nullptr);
+    return;
+  }
+  if (!Capture::hasInputDevice()) {
+    alertWithoutInputDevice();
     return;
   }
   if (m_host.deployment() == nullptr) {

@@ -286,6 +286,27 @@ TEST_F(AssistantScreenTest, RequestsAreShownInQuotesWithACapital) {
   }
 }
 
+TEST_F(AssistantScreenTest, TheSpaceBarTalksWhateverButtonWasPressedBefore) {
+  QTest::mouseClick(&outlet("closeButton"), Qt::LeftButton);
+  ASSERT_FALSE(window->isVisible());
+  window->showWindow();
+  EXPECT_EQ(window->focusWidget(), &outlet("microphoneButton"));
+  outlet("closeButton").setFocus();
+  QTest::keyClick(&outlet("closeButton"), Qt::Key_Space);
+  ASSERT_FALSE(window->isVisible());
+  window->showWindow();
+  EXPECT_EQ(window->focusWidget(), &outlet("microphoneButton"));
+}
+
+TEST_F(AssistantScreenTest, WithoutAMicrophoneItDoesNotPretendToListen) {
+  const_cast<SoundServer &>(sound).unplugMicrophone("mic");
+  ASSERT_TRUE(runUntil([] { return !Capture::hasInputDevice(); }));
+  outlet("microphoneButton").click();
+  EXPECT_THAT(alerts, ElementsAre("Google Assistant"));
+  EXPECT_FALSE(window->isListening());
+  EXPECT_EQ(label(), "What's on your mind?");
+}
+
 TEST(AssistantViewController, SaysOnceThatThereIsNoMicrophoneAndClosesByItsHost) {
   const SoundServer sound;
   const_cast<SoundServer &>(sound).unplugMicrophone("mic");
