@@ -237,11 +237,13 @@ void AppDelegate::loginClick() {
 // Opening and closing.
 
 void AppDelegate::statusIconClicked() {
+  if (raiseAlert()) return;
   if (!hasInputDevice()) return;
   toggleAssistant();
 }
 
 void AppDelegate::hotkeyPressed() {
+  if (raiseAlert()) return;
   if (!hasInputDevice()) return;
   if (!m_reach) fatal("The network cannot be watched");
   if (!m_reach->isReachable()) {

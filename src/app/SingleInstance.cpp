@@ -3,6 +3,8 @@
 #include "app/SingleInstance.h"
 
 #include <QStringList>
+#include <chrono>
+#include <thread>
 
 #include "app/BusInstance.h"
 #include "app/SocketInstance.h"
@@ -22,6 +24,17 @@ std::unique_ptr<SingleInstance> SingleInstance::claim(Handler handler) {
 bool SingleInstance::send(const QString &command) {
   const std::optional<bool> isSent = BusInstance::send(command);
   return isSent ? *isSent : SocketInstance::send(command);
+}
+
+bool SingleInstance::waitUntilFree() {
+  constexpr std::chrono::seconds kPatience{5};
+  constexpr std::chrono::milliseconds kPause{20};
+  const auto end = std::chrono::steady_clock::now() + kPatience;
+  while (!claim([](const QString &) {})) {
+    if (std::chrono::steady_clock::now() >= end) return false;
+    std::this_thread::sleep_for(kPause);
+  }
+  return true;
 }
 
 void SingleInstance::obey(const QString &command) {

@@ -33,6 +33,10 @@ class SingleInstance {
   /// seconds.
   [[nodiscard]] static bool send(const QString &command);
 
+  /// Waits until no process has the claim, five seconds at most; false when one has it still. Takes it for a
+  /// moment.
+  [[nodiscard]] static bool waitUntilFree();
+
   virtual ~SingleInstance() = default;
   SingleInstance(const SingleInstance &) = delete;
   SingleInstance &operator=(const SingleInstance &) = delete;

@@ -70,18 +70,25 @@ int runApplication(const ApplicationOptions &options) {
 
   AppDelegate *delegate = nullptr;
   QString early;  // what was asked for while this one was starting
-  const auto instance = SingleInstance::claim([&](const QString &command) {
+  const auto handler = [&](const QString &command) {
     if (delegate != nullptr) {
       delegate->perform(command);
     } else {
       early = command;
     }
-  });
+  };
+  const bool isToQuit = options.command == QLatin1String("quit");
+  auto instance = SingleInstance::claim(handler);
   if (!instance) {
-    if (SingleInstance::send(options.command)) return 0;
-    return failed("the running Velmora does not answer; end it and start again", kFailed);
+    if (SingleInstance::send(options.command)) {
+      if (!isToQuit || SingleInstance::waitUntilFree()) return 0;
+      return failed("the running Velmora has been asked to end, and is still there", kFailed);
+    }
+    // One that was ending has not answered, and is gone now.
+    instance = SingleInstance::claim(handler);
+    if (!instance) return failed("the running Velmora does not answer; end it and start again", kFailed);
   }
-  if (options.command == QLatin1String("quit")) return failed("Velmora is not running", kFailed);
+  if (isToQuit) return failed("Velmora is not running", kFailed);
 
   AppDelegate application(UserDefaults::standard(), configuredDeployment(options));
   delegate = &application;
@@ -105,7 +112,6 @@ int runProgram(int argc, char **argv) {
     setLogSink(sinkForWhoReads());
     QCoreApplication::setApplicationName(QStringLiteral("velmora"));
     QCoreApplication::setApplicationVersion(QStringLiteral(VELMORA_VERSION));
-    QGuiApplication::setApplicationDisplayName(QStringLiteral("Velmora"));
     QGuiApplication::setDesktopFileName(QStringLiteral("com.brindlewick.Velmora"));
     const QApplication application(argc, argv);
     // From here on: that no display answers is no crash of ours.

@@ -207,7 +207,8 @@ Conversation *AssistantScreen::api() {
 
 void AssistantScreen::startListening() {
   if (isListening()) return;
-  if (!isViewLoaded()) viewDidLoad();
+  const bool wasLoaded = isViewLoaded();
+  if (!wasLoaded) viewDidLoad();
   if (!m_host.isReachable()) {
     showAlert({.messageText = tr("Alexa Alert"),
                .informativeText = tr("You are not connected to internet, Please connect to use Alexa."),
@@ -216,7 +217,7 @@ void AssistantScreen::startListening() {
     return;
   }
   if (!Capture::hasInputDevice()) {
-    alertWithoutInputDevice();
+    if (wasLoaded) alertWithoutInputDevice();  // else it has just been said
     return;
   }
   if (m_host.deployment() == nullptr) {
@@ -279,8 +280,10 @@ void AssistantScreen::updateResponseText(const std::string &text) {
   asyncInTurn([this, text] {
     m_conversation.push_back({.text = text, .fromUser = false});
     if (m_conversation.size() > kLongestConversation) m_conversation.pop_front();
-    // That it speaks is seen already.
-    if (text != kSpokenAnswerPlaceholder) m_ui->history->setAnswer(QString::fromStdString(text));
+    // That it speaks is seen already, and who has closed the window was not to be heard.
+    const bool isOfInterest = !m_isClosed || !m_request.isEmpty();
+    if (text != kSpokenAnswerPlaceholder && isOfInterest)
+      m_ui->history->setAnswer(QString::fromStdString(text));
   });
 }
 

@@ -16,6 +16,22 @@ std::function<int(const Alert &)> &answerInPlace() {
   return answer;
 }
 
+struct OpenAlert {
+  QString words;
+  QMessageBox *box;
+};
+
+/// In the order in which they were shown.
+std::vector<OpenAlert> &openAlerts() {
+  static std::vector<OpenAlert> open;
+  return open;
+}
+
+void bringToFront(QMessageBox &box) {
+  box.raise();
+  box.activateWindow();
+}
+
 QMessageBox::Icon iconOf(AlertStyle style) {
   switch (style) {
     case AlertStyle::informational: return QMessageBox::Information;
@@ -29,18 +45,18 @@ QMessageBox::Icon iconOf(AlertStyle style) {
 
 int showAlert(const Alert &alert, QWidget *parent) {
   if (const auto answer = answerInPlace()) return answer(alert);
-  // What the user has not read yet is not said again: a network may come and go while nobody is there.
-  static std::vector<std::pair<QString, QMessageBox *>> open;
   const QString words = alert.messageText + QLatin1Char('\n') + alert.informativeText;
-  const auto same =
-      std::find_if(open.begin(), open.end(), [&](const auto &pair) { return pair.first == words; });
-  if (same != open.end()) {
-    same->second->raise();
-    same->second->activateWindow();
+  // What the user has not read yet is not said again: a network may come and go while nobody is there.
+  const auto same = std::find_if(openAlerts().begin(), openAlerts().end(),
+                                 [&](const OpenAlert &one) { return one.words == words; });
+  if (same != openAlerts().end()) {
+    bringToFront(*same->box);
     return 0;
   }
   QMessageBox box(iconOf(alert.style), QString(), alert.messageText, QMessageBox::NoButton, parent);
   box.setTextFormat(Qt::PlainText);
+  // Of the parent only: the icon in the status bar would be dead as long as an alert is hidden somewhere.
+  box.setWindowModality(Qt::WindowModal);
   box.setInformativeText(alert.informativeText);
   QStringList names = alert.buttons;
   if (names.isEmpty()) names << QMessageBox::tr("OK");
@@ -50,10 +66,16 @@ int showAlert(const Alert &alert, QWidget *parent) {
   }
   box.setDefaultButton(qobject_cast<QPushButton *>(buttons.first()));
   if (names.size() == 1) box.setEscapeButton(buttons.first());
-  open.emplace_back(words, &box);
+  openAlerts().push_back({words, &box});
   box.exec();
-  std::erase_if(open, [&](const auto &pair) { return pair.second == &box; });
+  std::erase_if(openAlerts(), [&](const OpenAlert &one) { return one.box == &box; });
   return std::max(0, static_cast<int>(buttons.indexOf(box.clickedButton())));
+}
+
+bool raiseAlert() {
+  if (openAlerts().empty()) return false;
+  bringToFront(*openAlerts().back().box);
+  return true;
 }
 
 void setAlertAnswer(std::function<int(const Alert &)> answer) { answerInPlace() = std::move(answer); }

@@ -23,10 +23,15 @@ struct Alert {
   QStringList buttons{};  ///< the first one is the default; none stands for "OK"
 };
 
-/// Shows the alert above `parent` and returns when it has been answered: the number of the button, and 0 when
-/// it was closed. The event loop goes on meanwhile. One with the words of an alert that is open is not shown
-/// again; the open one comes to the front, and 0 is returned at once. Main thread.
+/// Shows the alert above `parent`, which takes no input until it has been answered, and returns then: the
+/// number of the button, and 0 when it was closed. The event loop goes on meanwhile. One with the words of an
+/// alert that is open is not shown again; the open one comes to the front, and 0 is returned at once. Main
+/// thread.
 int showAlert(const Alert &alert, QWidget *parent = nullptr);
+
+/// Brings the alert that was shown last and is not answered yet to the front; false when there is none. For
+/// what would open something beside it. Main thread.
+bool raiseAlert();
 
 /// Has `answer` give the number of the button in the place of a box on the screen; an empty one brings the
 /// boxes back. For tests and for runs that nobody watches. Main thread.

@@ -7,7 +7,10 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QMessageBox>
+#include <QPushButton>
+#include <QTest>
 #include <QTimer>
+#include <QWindow>
 
 namespace velmora {
 namespace {
@@ -48,6 +51,20 @@ TEST(Alert, TellsWhichButtonItWasAnsweredWith) {
   EXPECT_EQ(showAlert({.messageText = QStringLiteral("Well")}), 0);
   meanwhile([](QMessageBox &box) { box.close(); });
   EXPECT_EQ(showAlert({.messageText = QStringLiteral("Well")}), 0);
+
+  EXPECT_FALSE(raiseAlert());
+  // Other windows take input meanwhile.
+  QPushButton other;
+  other.show();
+  int clicks = 0;
+  QObject::connect(&other, &QPushButton::clicked, [&] { ++clicks; });
+  meanwhile([&](QMessageBox &box) {
+    QTest::mouseClick(other.windowHandle(), Qt::LeftButton, {}, QPoint(5, 5));
+    EXPECT_EQ(clicks, 1);
+    EXPECT_TRUE(raiseAlert());
+    press(box, QStringLiteral("Yes"));
+  });
+  EXPECT_EQ(showAlert(question), 0);
 
   setAlertAnswer([](const Alert &alert) { return static_cast<int>(alert.buttons.size()) - 1; });
   EXPECT_EQ(showAlert(question), 2);

@@ -111,7 +111,11 @@ Reply Dialogue::answer(std::string_view words, const Context &context) const {
   // A request between a question and its answer does not end the dialogue, unless it begins another one.
   const bool samePending = question && conversation.question && conversation.question->name == before->name &&
                            conversation.question->values == before->values;
-  if (samePending) answer.text += ' ' + question->prompt(conversation);
+  if (samePending) {
+    const bool isSentence =
+        answer.text.ends_with('.') || answer.text.ends_with('!') || answer.text.ends_with('?');
+    answer.text += (isSentence ? " " : ". ") + question->prompt(conversation);
+  }
   return reply(skill.name, answer, std::move(conversation));
 }
 
