@@ -329,10 +329,13 @@ TEST_F(AssistantProviderTest, WhoNeverReadsAndWhoNeverSpeaksStandInNobodysWay) {
 
 TEST_F(AssistantProviderTest, AClientThatVanishesDisturbsNobody) {
   for (int i = 0; i < 5; ++i) {
+    // Places are few, and the one before has been left in the lurch just now.
+    ASSERT_TRUE(tests::eventually([&] { return m_provider.statistics().streams() == 0; }));
     const auto call = m_service->converse([](const CallResult &) {});
     call->send(request(configuration()));
     call->send(audioRequest(spoken("what time is it").substr(0, 20000)));
   }
+  EXPECT_TRUE(tests::eventually([&] { return m_provider.statistics().streams() == 0; }));
   EXPECT_EQ(ask("what time is it").end.statusCode, 0);
 }
 
