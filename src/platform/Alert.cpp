@@ -53,7 +53,8 @@ int showAlert(const Alert &alert, QWidget *parent) {
     bringToFront(*same->box);
     return 0;
   }
-  QMessageBox box(iconOf(alert.style), QString(), alert.messageText, QMessageBox::NoButton, parent);
+  QMessageBox box(iconOf(alert.style), QStringLiteral("Velmora"), alert.messageText, QMessageBox::NoButton,
+                  parent);
   box.setTextFormat(Qt::PlainText);
   // Of the parent only: the icon in the status bar would be dead as long as an alert is hidden somewhere.
   box.setWindowModality(Qt::WindowModal);
