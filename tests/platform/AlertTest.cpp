@@ -9,8 +9,9 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTest>
-#include <QTimer>
 #include <QWindow>
+
+#include "foundation/MainQueue.h"
 
 namespace velmora {
 namespace {
@@ -18,7 +19,7 @@ namespace {
 /// Does something to the box that is shown next; the box waits for it.
 template <typename Deed>
 void meanwhile(const Deed &deed) {
-  QTimer::singleShot(0, qApp, [deed] {
+  MainQueue::main().async([deed] {
     auto *const box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
     ASSERT_NE(box, nullptr);
     deed(*box);
