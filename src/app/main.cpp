@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // velmora: the voice assistant in the status bar.
+#include <malloc.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -30,6 +31,7 @@ namespace {
 
 constexpr int kFailed = 1;
 constexpr int kUsage = 2;
+constexpr int kHeaps = 2;
 constexpr std::chrono::milliseconds kBeforeWindowIcon{500};
 
 std::optional<Deployment> configuredDeployment(const ApplicationOptions &options) {
@@ -103,6 +105,9 @@ int runApplication(const ApplicationOptions &options) {
 
 int runProgram(int argc, char **argv) {
   std::signal(SIGPIPE, SIG_IGN);
+  // Two heaps will do: with one for each thread of the network, sound and pages, a day of turns would leave a
+  // little in every one of them.
+  ::mallopt(M_ARENA_MAX, kHeaps);
   try {
     const auto options = ApplicationOptions::parse({argv + (argc > 0 ? 1 : 0), argv + argc});
     if (!options) return std::cout ? 0 : kFailed;
