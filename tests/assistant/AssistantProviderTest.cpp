@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
 #include <random>
 
 #include "assistant/signin/GrantStore.h"
@@ -200,9 +201,9 @@ TEST_F(AssistantProviderTest, RefusesWhomItDoesNotKnow) {
 }
 
 TEST_F(AssistantProviderTest, ServesASignInAsLongAsItsTokenIsLive) {
-  std::chrono::system_clock::time_point now(std::chrono::hours(1));
+  std::atomic now = std::chrono::system_clock::time_point(std::chrono::hours(1));  // the service reads it
   GrantStore grants(
-      {}, [&] { return now; }, [](std::string_view) {});
+      {}, [&] { return now.load(); }, [](std::string_view) {});
   const TokenAnswer tokens =
       grants.exchange(grants.newCode({"c", "http://localhost/", ""}), "c", "http://localhost/").value();
   m_check = [&](std::string_view token) { return grants.isLive(token); };
@@ -212,7 +213,7 @@ TEST_F(AssistantProviderTest, ServesASignInAsLongAsItsTokenIsLive) {
   const int in = static_cast<int>(StatusCode::invalidArgument);
   const int refused = static_cast<int>(StatusCode::unauthenticated);
   EXPECT_EQ(status(), in);
-  now += GrantStore::kAccessLife;
+  now = now.load() + GrantStore::kAccessLife;
   EXPECT_EQ(status(), refused);
   ASSERT_TRUE(grants.refresh(*tokens.refreshToken, "c"));
   EXPECT_EQ(status(), in);
