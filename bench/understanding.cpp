@@ -11,8 +11,6 @@
 //
 // The other half says how well it works for what nobody has tuned it by. Therefore only its counts are
 // printed: who changes phrases or thresholds looks at no sentence of it.
-#include <malloc.h>
-
 #include <algorithm>
 #include <array>
 #include <atomic>
@@ -33,6 +31,7 @@
 #include "assistant/speech/Mp3Encoder.h"
 #include "assistant/speech/SpeechStream.h"
 #include "assistant/speech/Voice.h"
+#include "foundation/Heaps.h"
 #include "support/Speech.h"
 
 namespace velmora {
@@ -410,7 +409,7 @@ int main(int argc, char **argv) {
       return 2;
     }
   }
-  ::mallopt(M_ARENA_MAX, 2);  // as velmora-assistant does
+  velmora::shareHeaps();  // as velmora-assistant does
   try {
     velmora::measure(half, list);
   } catch (const std::exception &error) {

@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // velmora: the voice assistant in the status bar.
-#include <malloc.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -20,6 +19,7 @@
 #include "app/CrashReports.h"
 #include "app/SingleInstance.h"
 #include "app/TerminationSignals.h"
+#include "foundation/Heaps.h"
 #include "foundation/Log.h"
 #include "foundation/MainQueue.h"
 #include "foundation/StandardStreams.h"
@@ -31,7 +31,6 @@ namespace {
 
 constexpr int kFailed = 1;
 constexpr int kUsage = 2;
-constexpr int kHeaps = 2;
 constexpr std::chrono::milliseconds kBeforeWindowIcon{500};
 
 std::optional<Deployment> configuredDeployment(const ApplicationOptions &options) {
@@ -105,9 +104,7 @@ int runApplication(const ApplicationOptions &options) {
 
 int runProgram(int argc, char **argv) {
   std::signal(SIGPIPE, SIG_IGN);
-  // Two heaps will do: with one for each thread of the network, sound and pages, a day of turns would leave a
-  // little in every one of them.
-  ::mallopt(M_ARENA_MAX, kHeaps);
+  shareHeaps();
   try {
     const auto options = ApplicationOptions::parse({argv + (argc > 0 ? 1 : 0), argv + argc});
     if (!options) return std::cout ? 0 : kFailed;

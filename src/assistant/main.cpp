@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // velmora-assistant: the local assistant as a program.
-#include <malloc.h>
 #include <poll.h>
 #include <sys/resource.h>
 #include <sys/signalfd.h>
@@ -26,6 +25,7 @@
 #include "assistant/signin/SignInProvider.h"
 #include "foundation/Descriptor.h"
 #include "foundation/File.h"
+#include "foundation/Heaps.h"
 #include "foundation/Log.h"
 #include "foundation/StandardStreams.h"
 #include "foundation/StateFolder.h"
@@ -45,13 +45,6 @@ constexpr std::chrono::milliseconds kGrace{2000};
 constexpr std::chrono::milliseconds kLongestStop{2500};
 // ms until a caller at the status socket is looked at again who could not be answered.
 constexpr int kDeafness = 200;
-
-/// Every turn has threads of its own, and each of them would take what it frees into a heap that the others
-/// do not use: a few dozen turns later that is tens of megabytes.
-void shareHeaps() {
-  constexpr int kHeaps = 2;
-  ::mallopt(M_ARENA_MAX, kHeaps);
-}
 
 void writeDeployment(const std::filesystem::path &folder, int port) {
   const nlohmann::json deployment{{"host", "127.0.0.1"},
