@@ -11,6 +11,7 @@
 #include "auth/TokenStore.h"
 #include "engine/InputDeviceAlert.h"
 #include "engine/InputDeviceChoice.h"
+#include "foundation/Heaps.h"
 #include "foundation/Log.h"
 #include "foundation/fatal.h"
 #include "platform/Alert.h"
@@ -37,6 +38,8 @@ constexpr auto kHintTime = 5s;
 constexpr auto kPlacing = 300ms;
 // A panel may start later than what the desktop starts with it.
 constexpr auto kTrayPatience = 3s;
+// A question back, or a second thought, comes sooner.
+constexpr auto kBeforeTrimming = 2s;
 
 }  // namespace
 
@@ -51,6 +54,8 @@ AppDelegate::AppDelegate(UserDefaults &userDefaults, std::optional<Deployment> d
                    }),
       m_assistantWindow(*this, userDefaults) {
   makeLoginMenu();
+  m_idle.setSingleShot(true);
+  m_idle.callOnTimeout([] { trimHeaps(); });
   if (m_deployment) m_authenticator = std::make_unique<Authenticator>(*m_deployment, m_userDefaults);
 }
 
@@ -195,6 +200,7 @@ void AppDelegate::loggedInChanged(const QVariant &value) {
   if (value.typeId() != QMetaType::Bool) return;
   const bool signedIn = value.toBool();
   setAppropriateViewControllerForLoginStatus(signedIn);
+  m_idle.start(kBeforeTrimming);  // the pages of a sign-in are large
   if (signedIn) return;
   for (const QLatin1String key : {kAuthTokenKey, kRefreshTokenKey, kExpiresInKey})
     m_userDefaults.removeObjectForKey(key);
@@ -352,10 +358,11 @@ void AppDelegate::didRecognizeCommand(const std::string & /*command*/) {
 }
 
 void AppDelegate::screenBusyChanged() {
-  if (!m_recognizer) return;
+  const bool isBusy =
+      m_assistantWindow.isBusy() || (m_assistantViewController && m_assistantViewController->isBusy());
   // It would hear the answer, and what the user says to the assistant.
-  m_recognizer->setPaused(m_assistantWindow.isBusy() ||
-                          (m_assistantViewController && m_assistantViewController->isBusy()));
+  if (m_recognizer) m_recognizer->setPaused(isBusy);
+  isBusy ? m_idle.stop() : m_idle.start(kBeforeTrimming);
 }
 
 // The network.

@@ -123,6 +123,7 @@ class AppDelegate final : public AssistantHost {
   std::optional<Deployment> m_deployment;                  // absent while the local assistant does not serve
   std::unique_ptr<LocalAssistantKeeper> m_localAssistant;  // goes after all that talks to it
 
+  QTimer m_idle;  // runs out when no turn has been for a moment
   QMenu m_loginMenu;
   std::shared_ptr<AAShortCut> m_shortCut;
   PreferencesWindowController m_prefWindow;

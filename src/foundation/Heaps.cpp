@@ -11,4 +11,6 @@ void shareHeaps() {
   ::mallopt(M_ARENA_MAX, kHeaps);
 }
 
+void trimHeaps() { ::malloc_trim(0); }
+
 }  // namespace velmora
