@@ -11,6 +11,7 @@
 #include "assistant/Recording.h"
 #include "assistant/speech/SpeechStream.h"
 #include "assistant/speech/Voice.h"
+#include "foundation/Heaps.h"
 
 namespace velmora {
 namespace {
@@ -140,10 +141,9 @@ void AssistantProvider::converse(Session &session) {
   try {
     if (!isAuthorised(session.requestMetadata()))
       throw Refusal{StatusCode::unauthenticated, "The access token is missing or not valid"};
-    const auto place = m_statistics.takePlace(m_limits.streams);
-    if (!place)
-      throw Refusal{StatusCode::resourceExhausted, "Too many conversations at once; try again later"};
     serve(session);
+    // Ten to twenty megabytes, until somebody speaks again.
+    if (m_statistics.streams() == 0) trimHeaps();
   } catch (const Refusal &refusal) {
     m_statistics.addRefusal();
     session.setStatus(refusal.code, refusal.message);
@@ -154,6 +154,8 @@ void AssistantProvider::converse(Session &session) {
 }
 
 void AssistantProvider::serve(Session &session) {
+  const auto place = m_statistics.takePlace(m_limits.streams);
+  if (!place) throw Refusal{StatusCode::resourceExhausted, "Too many conversations at once; try again later"};
   const Config config = configurationOf(session, m_limits.clientSilence);
   const std::string state = config.converseState().conversationState();
   Listener listener(m_recognisers, Language::instance(), m_dialogue.pendingQuestion(state));
