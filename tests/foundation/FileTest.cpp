@@ -14,8 +14,6 @@ namespace fs = std::filesystem;
 using ::testing::HasSubstr;
 using tests::TemporaryFolder;
 
-unsigned modeOf(const fs::path &file) { return static_cast<unsigned>(fs::status(file).permissions()); }
-
 TEST(ReadFile, RefusesWhatCouldKeepItWaiting) {
   const TemporaryFolder folder;
   EXPECT_EQ(readFile(folder.write("bytes", std::string_view("a\0b", 3))), std::string("a\0b", 3));
@@ -43,12 +41,11 @@ TEST(WriteFile, KeepsLinksAndModesAndLeavesNothingBehind) {
   writeFile(folder.path() / "link", "new");
   EXPECT_TRUE(fs::is_symlink(folder.path() / "link"));
   EXPECT_EQ(readFile(file), "new");
-  EXPECT_EQ(modeOf(file), 0640U);
+  EXPECT_EQ(fs::status(file).permissions(), fs::perms(0640));
   writeFile(file, "", 0600);
-  EXPECT_EQ(modeOf(file), 0600U);
+  EXPECT_EQ(fs::status(file).permissions(), fs::perms(0600));
   fs::create_directory(folder.path() / "sub");
   EXPECT_THROW(writeFile(folder.path() / "sub", "x"), std::runtime_error);
-  EXPECT_THROW(writeFile(folder.path() / "none" / "x", "x"), std::runtime_error);
   EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), fs::directory_iterator()), 3);
 }
 
