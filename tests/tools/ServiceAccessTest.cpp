@@ -16,17 +16,15 @@ using ::testing::ThrowsMessage;
 constexpr auto kRoots = "-----BEGIN CERTIFICATE-----\nAAAA\n-----END CERTIFICATE-----\n";
 
 /// A configuration folder of its own, and a deployment that is configured.
-class ServiceAccessTest : public ::testing::Test {
- protected:
+struct ServiceAccessTest : ::testing::Test {
   ServiceAccessTest() {
-    fs::create_directories(m_folder.path() / "deployed");
-    m_file = m_folder.write("deployed/deployment.json", R"({"host": "deployed.example", "port": 8443})");
-    (void)m_folder.write("deployed/roots.pem", kRoots);
-    m_roots = m_folder.write("other.pem", std::string(kRoots) + "other\n");
-    ::setenv("XDG_CONFIG_HOME", m_folder.path().c_str(), 1);
-    ::setenv("VELMORA_DEPLOYMENT", (m_folder.path() / "deployed").c_str(), 1);
+    fs::create_directories(folder.path() / "deployed");
+    file = folder.write("deployed/deployment.json", R"({"host": "deployed.example", "port": 8443})");
+    (void)folder.write("deployed/roots.pem", kRoots);
+    roots = folder.write("other.pem", std::string(kRoots) + "other\n");
+    ::setenv("XDG_CONFIG_HOME", folder.path().c_str(), 1);
+    ::setenv("VELMORA_DEPLOYMENT", (folder.path() / "deployed").c_str(), 1);
   }
-
   static ServiceAccess access(std::vector<std::string> arguments) {
     arguments.emplace_back("a.wav");
     return ServiceAccess(Options::parse(arguments), -1);
@@ -35,34 +33,25 @@ class ServiceAccessTest : public ::testing::Test {
     return readFile(service.deployment().resource("roots", "pem"));
   }
 
-  tests::TemporaryFolder m_folder;
-  std::string m_file;
-  std::string m_roots;
+  tests::TemporaryFolder folder;
+  std::string file;
+  std::string roots;
 };
 
 TEST_F(ServiceAccessTest, ArgumentsReplaceWhatTheDeploymentSays) {
-  const struct {
-    std::vector<std::string> arguments;
-    std::string address;
-    std::string roots;
-  } cases[] = {{{}, "deployed.example:8443", kRoots},
-               // The deployment's port belongs to its host.
-               {{"--endpoint", "other.example"}, "other.example", kRoots},
-               {{"--roots", m_roots}, "deployed.example:8443", readFile(m_roots)}};
-  for (const auto &c : cases) {
-    const ServiceAccess service = access(c.arguments);
-    EXPECT_EQ(service.description().address, c.address);
-    EXPECT_EQ(rootsOf(service), c.roots);
-  }
-  // One that is broken does not stand in the way of both.
-  ::setenv("VELMORA_DEPLOYMENT", "/none", 1);
+  const ServiceAccess elsewhere = access({"--endpoint", "other.example"});
+  EXPECT_EQ(elsewhere.description().address, "other.example") << "the port is the other host's";
+  EXPECT_EQ(rootsOf(elsewhere), kRoots);
+  EXPECT_EQ(access({"--roots", roots}).description().address, "deployed.example:8443");
+  // A deployment that is broken does not stand in the way of both.
+  fs::remove(file);
   fs::path copied;
   {
-    const ServiceAccess service = access({"--endpoint", "[::1]:9", "--roots", m_roots, "--token", "t"});
+    const ServiceAccess service = access({"--endpoint", "[::1]:9", "--roots", roots, "--token", "t"});
     EXPECT_EQ(service.description().address, "[::1]:9");
-    EXPECT_EQ(rootsOf(service), readFile(m_roots));
+    EXPECT_EQ(rootsOf(service), readFile(roots));
     copied = service.deployment().folder;
-    EXPECT_EQ(fs::status(copied).permissions() & fs::perms::all, fs::perms::owner_all);
+    EXPECT_EQ(fs::status(copied).permissions(), fs::perms::owner_all);
   }
   EXPECT_FALSE(fs::exists(copied));
 }
@@ -72,42 +61,29 @@ TEST_F(ServiceAccessTest, ATokenThatIsGivenComesBeforeTheStoredOneAndLeavesItAlo
   EXPECT_EQ(access({}).description().tokenSource, TokenSource::none);
   UserDefaults &user = UserDefaults::standard();
   user.setObject(QStringLiteral("stored"), key);
-  const ServiceAccess stored = access({});
-  EXPECT_EQ(stored.defaults().stringForKey(key).toStdString(), "stored");
-  EXPECT_EQ(stored.description().tokenSource, TokenSource::stored);
+  EXPECT_EQ(access({}).defaults().stringForKey(key).toStdString(), "stored");
+  EXPECT_EQ(access({}).description().tokenSource, TokenSource::stored);
+  user.setObject(QStringLiteral("a\nb"), key);
+  EXPECT_THAT([] { access({}); }, ThrowsMessage<ServiceError>(HasSubstr("the stored token is damaged")));
   const ServiceAccess given = access({"--token", "given"});
   EXPECT_EQ(given.defaults().stringForKey(key).toStdString(), "given");
   EXPECT_EQ(given.description().tokenSource, TokenSource::argument);
-  EXPECT_EQ(user.stringForKey(key).toStdString(), "stored");
-  user.setObject(QStringLiteral("a\nb"), key);
-  EXPECT_THAT([] { access({}); }, ThrowsMessage<ServiceError>(HasSubstr("the stored token is damaged")));
-  EXPECT_NO_THROW(access({"--token", "given"}));
+  EXPECT_EQ(user.stringForKey(key).toStdString(), "a\nb");
 }
 
 TEST_F(ServiceAccessTest, SaysInOneLineWhatIsMissing) {
-  const struct {
-    std::vector<std::string> arguments;
-    const char *says;
-  } cases[] = {
-      {{"--deployment", "/none"}, "/none/deployment.json: No such file"},
+  const std::pair<std::vector<std::string>, const char *> cases[] = {
       {{"--endpoint", "h", "--roots", "/none.pem"}, "the TLS roots cannot be read: /none.pem: No such file"},
-      {{"--endpoint", "h", "--roots", m_file}, "hold no PEM certificate: "},
-      {{"--deployment", m_folder.write("deployment.json", R"({"host": "h"})").parent_path()},
+      {{"--endpoint", "h", "--roots", file}, "hold no PEM certificate: "},
+      {{"--deployment", folder.write("deployment.json", R"({"host": "h"})").parent_path()},
        "the TLS roots cannot be read: "}};
-  for (const auto &c : cases) {
-    EXPECT_THAT([&] { access(c.arguments); }, ThrowsMessage<std::runtime_error>(HasSubstr(c.says)));
+  for (const auto &[arguments, says] : cases) {
+    EXPECT_THAT([&given = arguments] { access(given); }, ThrowsMessage<std::runtime_error>(HasSubstr(says)));
   }
   ::unsetenv("VELMORA_DEPLOYMENT");
-  EXPECT_THAT(
-      [&] {
-        access({"--endpoint", "h"});
-      },
-      ThrowsMessage<UsageError>(HasSubstr("--endpoint needs --roots")));
-  EXPECT_THAT(
-      [&] {
-        access({"--roots", m_roots});
-      },
-      ThrowsMessage<UsageError>(HasSubstr("--roots needs --endpoint")));
+  const std::vector<std::string> halves[] = {{"--endpoint", "h"}, {"--roots", roots}};
+  for (const auto &half : halves)
+    EXPECT_THAT([&] { access(half); }, ThrowsMessage<UsageError>(HasSubstr(half[0] + " needs --")));
 }
 
 }  // namespace
