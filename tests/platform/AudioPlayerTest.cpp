@@ -5,12 +5,13 @@
 #include <gmock/gmock.h>
 
 #include <cmath>
-#include <fstream>
 #include <numbers>
 #include <random>
 
+#include "foundation/File.h"
 #include "platform/audio/AudioSource.h"
 #include "platform/audio/Mp3Decoder.h"
+#include "support/AudioFiles.h"
 #include "support/CapturedLog.h"
 #include "support/Mp3.h"
 #include "support/SoundServer.h"
@@ -20,9 +21,11 @@
 namespace velmora {
 namespace {
 
+namespace fs = std::filesystem;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
+using ::testing::ThrowsMessage;
 using tests::encodeMp3;
 using tests::eventually;
 using tests::Inbox;
@@ -31,12 +34,10 @@ using tests::TemporaryFolder;
 
 constexpr int kRate = 44100;
 
-std::vector<std::int16_t> tone(double seconds, double hertz, double amplitude = 0.4, int rate = kRate) {
-  std::vector<std::int16_t> samples(static_cast<std::size_t>(seconds * rate));
-  for (std::size_t i = 0; i < samples.size(); ++i) {
-    const double angle = 2 * std::numbers::pi * hertz * static_cast<double>(i) / rate;
-    samples[i] = static_cast<std::int16_t>(std::lrint(32767 * amplitude * std::sin(angle)));
-  }
+std::vector<std::int16_t> tone(double seconds, double hertz, double amplitude = 0.4) {
+  std::vector<std::int16_t> samples;
+  for (const float value : tests::tone(hertz, seconds, kRate, {amplitude}))
+    samples.push_back(static_cast<std::int16_t>(std::lrint(32767 * value)));
   return samples;
 }
 
@@ -131,38 +132,21 @@ TEST(AudioPlayer, PlayersSoundTogetherAndStopAlone) {
 
 TEST(AudioPlayer, ItsDelegateMayDoToItWhatItLikes) {
   const SoundServer server;
-  const std::string mp3 = encodeMp3(tone(0.1, 700));
   Delegate delegate;
-  int replays = 0;
-  AudioPlayer again(mp3);
-  again.setDelegate(&delegate);
-  delegate.then = [&](AudioPlayer &player) {
-    EXPECT_EQ(&player, &again);
-    EXPECT_FALSE(player.isPlaying());
-    player.stop();
-    if (++replays < 3) player.play();
-  };
-  again.play();
-  again.play();  // plays already
-  EXPECT_EQ(delegate.words.waitFor(3).size(), 3U);
-  EXPECT_FALSE(again.isPlaying());
-
-  auto gone = std::make_unique<AudioPlayer>(mp3);
-  gone->setDelegate(&delegate);
-  delegate.then = [&](AudioPlayer &) { gone.reset(); };
-  gone->play();
-  EXPECT_EQ(delegate.words.waitFor(4).size(), 4U);
-  EXPECT_EQ(gone, nullptr);
-}
-
-TEST(AudioPlayer, TheLastPlayerMayGoInItsOwnCallback) {
-  const SoundServer server;  // whose connection ends with it
-  Delegate delegate;
+  int plays = 1;
   auto player = std::make_unique<AudioPlayer>(encodeMp3(tone(0.1, 700)));
-  delegate.then = [&](AudioPlayer &) { player.reset(); };
   player->setDelegate(&delegate);
+  delegate.then = [&](AudioPlayer &ended) {
+    EXPECT_EQ(&ended, player.get());
+    EXPECT_FALSE(ended.isPlaying());
+    ended.stop();
+    if (++plays <= 3) return ended.play();
+    player.reset();  // the last one, whose connection ends with it
+  };
   player->play();
-  EXPECT_THAT(delegate.words.waitFor(1), ElementsAre("finished"));
+  player->play();  // plays already
+  EXPECT_THAT(delegate.words.waitFor(3), ElementsAre("finished", "finished", "finished"));
+  EXPECT_EQ(player, nullptr);
 }
 
 TEST(AudioPlayer, MayBeDestroyedAtAnyTimeAndSaysNothingAfterwards) {
@@ -187,53 +171,24 @@ TEST(AudioPlayer, MayBeDestroyedAtAnyTimeAndSaysNothingAfterwards) {
 
 TEST(AudioPlayer, BelievesOnlyWhatIsMp3) {
   const TemporaryFolder folder;
-  const std::string mp3 = encodeMp3(tone(1, 700));
-  std::string middle = mp3;  // the frames begin to be something else
   std::mt19937 random(5);
-  for (std::size_t i = mp3.size() / 2; i < mp3.size(); ++i) middle[i] = static_cast<char>(random() & 0x7f);
   std::string noise(100'000, '\0');
   for (char &byte : noise) byte = static_cast<char>(random());
-  const auto fileOf = [](const std::string &path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string{std::istreambuf_iterator<char>(in), {}};
-  };
-  std::string wave =
-      "RIFF" + std::string("\x24\x80\x02\0WAVEfmt \x10\0\0\0\x01\0\x01\0\x44\xac\0\0\x88\x58\x01\0", 28) +
-      std::string("\x02\0\x10\0data\0\x80\x02\0", 12);
-  for (const std::int16_t sample : tone(1, 700)) wave.append(reinterpret_cast<const char *>(&sample), 2);
+  const std::string mp3 = encodeMp3(tone(1, 700));
   const std::string tag = std::string("ID3\x03\0\0\0\0\x10\0", 10) + std::string(2048, '\0');
-
-  const struct {
-    const char *what;
-    std::string bytes;
-    bool isMp3;
-  } cases[] = {{"MP3", mp3, true},
-               {"cut off", mp3.substr(0, mp3.size() * 2 / 3), true},
-               {"tagged", tag + mp3, true},
-               {"after junk", std::string(300, 'x') + mp3, true},
-               {"16 kHz", encodeMp3(tone(1, 700, 0.4, 16000), 16000), true},
-               {"damaged later", middle, true},
-               {"empty", "", false},
-               {"text", std::string(50'000, 'x'), false},
-               {"a program", fileOf("/proc/self/exe"), false},
-               {"a library", fileOf("/lib/x86_64-linux-gnu/libc.so.6"), false},
-               {"WAV", wave, false},
-               {"noise", noise, false},
-               {"a tag only", tag, false}};
-  for (const auto &[what, bytes, isMp3] : cases) {
-    if (isMp3) {
-      EXPECT_NO_THROW(AudioPlayer{bytes}) << what;
-    } else {
-      EXPECT_THAT([&given = bytes] { AudioPlayer{given}; },
-                  ::testing::ThrowsMessage<AudioError>(StartsWith("the data is not MP3")))
-          << what;
-    }
-  }
+  const fs::path wave = folder.path() / "a.wav";
+  tests::writeAudio(wave, tests::tone(700, 1, kRate, {0.4}), kRate);
+  for (const std::string &good : {mp3, mp3.substr(0, mp3.size() * 2 / 3), tag + mp3,
+                                  std::string(300, 'x') + mp3, mp3.substr(0, mp3.size() / 2) + noise})
+    EXPECT_NO_THROW(AudioPlayer{good});
+  for (const std::string &bad :
+       {std::string(), std::string(50'000, 'x'), readFile("/bin/sh"), readFile(wave), noise, tag})
+    EXPECT_THAT([&] { AudioPlayer{bad}; }, ThrowsMessage<AudioError>(StartsWith("the data is not MP3")));
   EXPECT_TRUE(AudioPlayer::fromFile(folder.write("a.mp3", mp3)));
-  EXPECT_THAT([&] { (void)AudioPlayer::fromFile(folder.write("b.mp3", wave)); },
-              ::testing::ThrowsMessage<AudioError>(HasSubstr("b.mp3: the data is not MP3")));
+  EXPECT_THAT([&] { (void)AudioPlayer::fromFile(wave); },
+              ThrowsMessage<AudioError>(HasSubstr("a.wav: the data is not MP3")));
   EXPECT_THAT([&] { (void)AudioPlayer::fromFile(folder.path() / "none.mp3"); },
-              ::testing::ThrowsMessage<AudioError>(HasSubstr("none.mp3: No such file")));
+              ThrowsMessage<AudioError>(HasSubstr("none.mp3: No such file")));
 }
 
 TEST(AudioPlayer, PlaysUpToThePlaceThatCannotBeDecoded) {
@@ -261,31 +216,28 @@ TEST(AudioPlayer, SurvivesTheDeathAndTheFrostOfTheServer) {
   AudioPlayer brief(encodeMp3(tone(0.1, 700)));
   player.setDelegate(&delegate);
   brief.setDelegate(&delegate);
-  {
+  const auto playUntilHeard = [&] {
     const auto recording = server.record();
     player.play();
     EXPECT_FALSE(recording->waitForSound(kRate).empty());
-    server.kill();
-    EXPECT_THAT(delegate.words.waitFor(1), ElementsAre("failed"));
-    EXPECT_THAT(log.lines(), ElementsAre(StartsWith("Audio error: no sound server: ")));
-  }
+  };
+  playUntilHeard();
+  server.kill();
+  EXPECT_THAT(delegate.words.waitFor(1), ElementsAre("failed"));
+  EXPECT_THAT(log.lines(), ElementsAre(StartsWith("Audio error: no sound server: ")));
   brief.play();  // waits for the server
   server.start();
-  EXPECT_THAT(delegate.words.waitFor(2), ElementsAre("failed", "finished"));
-  {
-    const auto recording = server.record();
-    player.play();
-    EXPECT_FALSE(recording->waitForSound(kRate).empty());
-    server.freeze();
-    EXPECT_THAT(delegate.words.waitFor(3), ElementsAre("failed", "finished", "failed"));
-    EXPECT_FALSE(player.isPlaying());
-    EXPECT_EQ(log.count("Audio output error: the sound server does not answer"), 1);
-    player.play();
-    player.stop();
-    server.thaw();
-  }
+  EXPECT_EQ(delegate.words.waitFor(2).back(), "finished");
+  playUntilHeard();
+  server.freeze();
+  EXPECT_EQ(delegate.words.waitFor(3).back(), "failed");
+  EXPECT_FALSE(player.isPlaying());
+  player.play();
+  player.stop();
+  server.thaw();
   brief.play();
   EXPECT_EQ(delegate.words.waitFor(4).back(), "finished");
+  EXPECT_EQ(log.count("Audio output error: the sound server does not answer"), 1);
   EXPECT_EQ(log.lines().size(), 2U) << ::testing::PrintToString(log.lines());
 }
 
