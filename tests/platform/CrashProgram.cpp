@@ -4,8 +4,6 @@
 // Ends as it is told: CrashProgram FOLDER WAY
 #include <pthread.h>
 
-#include <csignal>
-#include <cstdlib>
 #include <filesystem>
 #include <functional>
 #include <map>
@@ -20,7 +18,6 @@ namespace {
 
 volatile int *volatile nowhere = nullptr;
 volatile int depth = 0;
-void *volatile notAllocated = reinterpret_cast<void *>(0x1230);
 
 [[gnu::noinline]] void crashHere() {
   *nowhere = 1;
@@ -49,7 +46,6 @@ int main(int, char **argv) {
       {"fatal", [] { velmora::fatal("The end"); }},
       {"overflow", [] { overflowHere(); }},
       {"exception", throwHere},
-      {"heap", [] { std::free(notAllocated); }},
       {"thread",
        [] {
          std::thread([] {

@@ -14,6 +14,7 @@
 namespace velmora {
 namespace {
 
+namespace fs = std::filesystem;
 using ::testing::HasSubstr;
 using ::testing::Not;
 using tests::Program;
@@ -35,50 +36,38 @@ TEST(CrashReporter, LeavesAReportOfEveryWayToCrash) {
 #endif
   const rlimit noCore{};
   ::setrlimit(RLIMIT_CORE, &noCore);
-  struct Case {
+  const struct {
     const char *way;
-    const char *signal;
-    const char *function;  // among the calls
-    const char *line;      // of the report
+    const char *function;            // among the calls
+    std::vector<std::string> lines;  // pieces of the report
+  } cases[] = {
+      {"fault", "crashHere", {"signal: SIGSEGV, code 1, at 0x0", ", the main one\n"}},
+      {"thread", "crashHere", {"signal: SIGSEGV", "thread: worker\n"}},
+      {"overflow", "overflowHere", {"signal: SIGSEGV"}},
+      {"fatal", "velmora::fatal", {"signal: SIGABRT"}},
+      {"exception", "throwHere", {"signal: SIGABRT", "exception: St12out_of_range\n"}},
   };
-  const Case cases[] = {
-      {"fault", "signal: SIGSEGV, code 1, at 0x0", "crashHere", ", the main one\n"},
-      {"fatal", "signal: SIGABRT", "velmora::fatal", ""},
-      {"overflow", "signal: SIGSEGV", "overflowHere", ""},
-      {"exception", "signal: SIGABRT", "throwHere", "exception: St12out_of_range\n"},
-      {"heap", "signal: SIG", "_start", ""},
-      {"thread", "signal: SIGSEGV", "crashHere", "thread: worker\n"},
-  };
+  using fs::perms;
   const tests::TemporaryFolder home;
-  const auto folder = home.path() / "state" / "crashes";
-  EXPECT_TRUE(pendingCrashReports(folder).empty());
-  for (const Case &one : cases) {
-    SCOPED_TRACE(one.way);
-    Program program(VELMORA_TEST_CRASH, {folder.string(), one.way, "an-argument"},
-                    {{"A_VARIABLE", "its-value"}});
+  const fs::path folder = home.path() / "state" / "crashes";
+  for (const auto &[way, function, lines] : cases) {
+    SCOPED_TRACE(way);
+    Program program(VELMORA_TEST_CRASH, {folder.string(), way, "an-argument"}, {{"A_VARIABLE", "its-value"}});
     EXPECT_EQ(program.finish(), -1) << "it ends by the signal";
     const auto reports = pendingCrashReports(folder);
     ASSERT_EQ(reports.size(), 1U);
     const std::string report = readFile(reports[0]);
     EXPECT_TRUE(std::regex_search(report, std::regex("^Velmora [0-9.]+\ntime: 20..-..-..T..:..:..Z\n")));
-    EXPECT_THAT(report, HasSubstr(one.signal));
-    EXPECT_THAT(report, HasSubstr(one.line));
-    EXPECT_THAT(report, HasSubstr("crash_program+0x"));
-    EXPECT_THAT(report, HasSubstr("[stack]"));
-    EXPECT_THAT(callsOf(report), HasSubstr(one.function));
+    for (const std::string &line : lines) EXPECT_THAT(report, HasSubstr(line));
+    EXPECT_THAT(callsOf(report), HasSubstr(function));
     for (const char *secret : {"an-argument", "its-value", "something private"})
       EXPECT_THAT(report, Not(HasSubstr(secret)));
-    using std::filesystem::perms;
-    EXPECT_EQ(std::filesystem::status(folder).permissions(), perms::owner_all);
-    EXPECT_EQ(std::filesystem::status(reports[0]).permissions(), perms::owner_read | perms::owner_write);
-    if (one.way == std::string("fault")) {
-      keepCrashReport(reports[0]);
-    } else {
-      discardCrashReport(reports[0]);
-    }
+    EXPECT_EQ(fs::status(folder).permissions(), perms::owner_all);
+    EXPECT_EQ(fs::status(reports[0]).permissions(), perms::owner_read | perms::owner_write);
+    (way == std::string("fault") ? keepCrashReport : discardCrashReport)(reports[0]);
     EXPECT_TRUE(pendingCrashReports(folder).empty());
   }
-  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 1) << "the one that is kept";
+  EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 1) << "the one that is kept";
 }
 
 }  // namespace

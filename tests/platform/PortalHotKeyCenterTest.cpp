@@ -9,7 +9,6 @@
 #include <QDBusMessage>
 #include <QDBusObjectPath>
 #include <QDBusVirtualObject>
-#include <QProcess>
 #include <map>
 
 #include "platform/hotkeys/DesktopKeyBindings.h"
@@ -25,39 +24,18 @@ namespace {
 using enum hot_key_modifier::Flag;
 using tests::runUntil;
 
-/// A bus that no desktop is on.
-class PrivateBus {
- public:
-  PrivateBus() {
-    m_daemon.start(QStringLiteral("dbus-daemon"), {QStringLiteral("--session"), QStringLiteral("--nofork"),
-                                                   QStringLiteral("--print-address")});
-    if (m_daemon.waitForReadyRead(30'000)) m_address = QString::fromUtf8(m_daemon.readLine()).trimmed();
-  }
-  ~PrivateBus() {
-    for (const QString &name : m_names) QDBusConnection::disconnectFromBus(name);
-    m_daemon.terminate();
-    m_daemon.waitForFinished();
-  }
-  PrivateBus(const PrivateBus &) = delete;
-  PrivateBus &operator=(const PrivateBus &) = delete;
+const QString kPath = QStringLiteral("/org/freedesktop/portal/desktop");
 
-  [[nodiscard]] QDBusConnection connection(const char *name) {
-    m_names << QString::fromLatin1(name);
-    return QDBusConnection::connectToBus(m_address, m_names.last());
-  }
-
- private:
-  QProcess m_daemon;
-  QString m_address;
-  QStringList m_names;
-};
+/// One more program on the bus of the test.
+QDBusConnection program(const char *name) {
+  return QDBusConnection::connectToBus(QDBusConnection::SessionBus, QString::fromLatin1(name));
+}
 
 /// The portal of a desktop, with one user who is content with everything, or with nothing.
 class Portal final : public QDBusVirtualObject {
  public:
-  explicit Portal(const QDBusConnection &bus) : m_bus(bus) {
-    EXPECT_TRUE(m_bus.registerVirtualObject(QStringLiteral("/org/freedesktop/portal/desktop"), this,
-                                            QDBusConnection::SubPath));
+  Portal() {
+    EXPECT_TRUE(m_bus.registerVirtualObject(kPath, this, QDBusConnection::SubPath));
     EXPECT_TRUE(m_bus.registerService(QStringLiteral("org.freedesktop.portal.Desktop")));
   }
 
@@ -70,12 +48,14 @@ class Portal final : public QDBusVirtualObject {
     }
     const auto options = qdbus_cast<QVariantMap>(message.arguments().last());
     const QString sender = message.service().mid(1).replace(QLatin1Char('.'), QLatin1Char('_'));
-    const QString request = QStringLiteral("/org/freedesktop/portal/desktop/request/%1/%2")
-                                .arg(sender, options[QStringLiteral("handle_token")].toString());
+    const auto pathOf = [&](const char *kind, const char *token) {
+      return kPath + QStringLiteral("/%1/%2/%3")
+                         .arg(QLatin1String(kind), sender, options[QLatin1String(token)].toString());
+    };
+    const QString request = pathOf("request", "handle_token");
     QVariantMap results;
     if (message.member() == QLatin1String("CreateSession")) {
-      const QString session = QStringLiteral("/org/freedesktop/portal/desktop/session/%1/%2")
-                                  .arg(sender, options[QStringLiteral("session_handle_token")].toString());
+      const QString session = pathOf("session", "session_handle_token");
       sessions[session] = {};
       results[QStringLiteral("session_handle")] = session;
     } else {
@@ -101,9 +81,8 @@ class Portal final : public QDBusVirtualObject {
   }
 
   void activate(const QString &session, const QString &id) {
-    QDBusMessage signal = QDBusMessage::createSignal(QStringLiteral("/org/freedesktop/portal/desktop"),
-                                                     QStringLiteral("org.freedesktop.portal.GlobalShortcuts"),
-                                                     QStringLiteral("Activated"));
+    QDBusMessage signal = QDBusMessage::createSignal(
+        kPath, QStringLiteral("org.freedesktop.portal.GlobalShortcuts"), QStringLiteral("Activated"));
     signal << QVariant::fromValue(QDBusObjectPath(session)) << id << qulonglong{1} << QVariantMap();
     m_bus.send(signal);
   }
@@ -117,15 +96,14 @@ class Portal final : public QDBusVirtualObject {
   bool refuses = false;
 
  private:
-  QDBusConnection m_bus;
+  QDBusConnection m_bus = program("portal");
 };
 
 TEST(PortalHotKeys, AreBoundInOneSession) {
-  PrivateBus bus;
-  Portal portal(bus.connection("portal"));
+  Portal portal;
   std::vector<std::uint32_t> presses;
   {
-    PortalHotKeyCenter center(bus.connection("application"));
+    PortalHotKeyCenter center(program("application"));
     center.setPressed([&](std::uint32_t id) { presses.push_back(id); });
     EXPECT_FALSE(center.registerHotKey(7, 122, kCommand));
     EXPECT_FALSE(center.registerHotKey(8, 0, kControl | kOption | kShift));
@@ -145,18 +123,14 @@ TEST(PortalHotKeys, AreBoundInOneSession) {
 }
 
 TEST(PortalHotKeys, WithoutAPortalAreOneLine) {
-  PrivateBus bus;
   std::optional<Portal> portal;
   for (const bool refuses : {false, true}) {
-    if (refuses) {
-      portal.emplace(bus.connection("portal"));
-      portal->refuses = true;
-    }
+    if (refuses) portal.emplace().refuses = true;
     const tests::CapturedLog log;
-    PortalHotKeyCenter center(bus.connection(refuses ? "refused" : "alone"));
+    PortalHotKeyCenter center(program(refuses ? "refused" : "alone"));
     EXPECT_FALSE(center.registerHotKey(1, 122, kCommand));
-    const char *line = "Hot key error: the desktop's portal gives no global shortcuts: ";
-    EXPECT_TRUE(runUntil([&] { return log.count(line) > 0; }));
+    EXPECT_TRUE(runUntil(
+        [&] { return log.count("Hot key error: the desktop's portal gives no global shortcuts: ") > 0; }));
     EXPECT_FALSE(center.registerHotKey(2, 120, kCommand));
     QCoreApplication::processEvents();
     EXPECT_EQ(log.lines().size(), 1U);
@@ -186,10 +160,13 @@ TEST(SymbolicHotKeys, AreReadAsDesktopsWriteThem) {
 
 TEST(SymbolicHotKeys, ComeFromTheDesktopInTheBackground) {
   const tests::TemporaryFolder folder;
-  EXPECT_EQ(copySymbolicHotKeys(), std::nullopt);
-  refreshSymbolicHotKeys();  // of no known desktop: nothing to be read
-  const QByteArray path = qgetenv("PATH");
-  qputenv("PATH", (folder.path().string() + ":").c_str() + path);
+  const auto become = [](const std::optional<std::vector<SymbolicHotKey>> &wanted) {
+    refreshSymbolicHotKeys();
+    return runUntil([&] { return copySymbolicHotKeys() == wanted; });
+  };
+  qunsetenv("XDG_CURRENT_DESKTOP");
+  EXPECT_TRUE(become(std::nullopt)) << "of no known desktop";
+  qputenv("PATH", (folder.path().string() + ":").c_str() + qgetenv("PATH"));
   const auto program =
       folder.write("gsettings",
                    "#!/bin/sh\nif [ \"$1\" = get ]; then echo \"'<Super>x'\"; else\n"
@@ -197,30 +174,14 @@ TEST(SymbolicHotKeys, ComeFromTheDesktopInTheBackground) {
                    "echo \"org.gnome.settings-daemon.plugins.media-keys custom-keybindings ['/a/']\"; fi\n");
   std::filesystem::permissions(program, std::filesystem::perms::owner_all);
   qputenv("XDG_CURRENT_DESKTOP", "ubuntu:GNOME");
-  refreshSymbolicHotKeys();
-  EXPECT_TRUE(runUntil([] {
-    return copySymbolicHotKeys() == std::vector<SymbolicHotKey>{{122, kCommand, true}, {7, kCommand, true}};
-  }));
-  // A failing program is as good as none.
+  EXPECT_TRUE(become({{{122, kCommand, true}, {7, kCommand, true}}}));
   std::ignore = folder.write("gsettings", "#!/bin/sh\nexit 1\n");
-  refreshSymbolicHotKeys();
-  EXPECT_TRUE(runUntil([] { return !copySymbolicHotKeys(); }));
-  qputenv("PATH", path);
-
+  EXPECT_TRUE(become(std::nullopt)) << "a failing program is as good as none";
   qputenv("XDG_CURRENT_DESKTOP", "KDE");
   qputenv("XDG_CONFIG_HOME", folder.path().c_str());
   std::ignore = folder.write("kglobalshortcutsrc", "[a]\nb=Meta+F2,none,B\n");
-  refreshSymbolicHotKeys();
-  EXPECT_TRUE(runUntil([] {
-    return copySymbolicHotKeys() == std::vector<SymbolicHotKey>{{120, kCommand, true}};
-  }));
+  EXPECT_TRUE(become({{{120, kCommand, true}}}));
 }
 
 }  // namespace
 }  // namespace velmora
-
-int main(int argc, char **argv) {
-  testing::InitGoogleTest(&argc, argv);
-  const QCoreApplication application(argc, argv);
-  return RUN_ALL_TESTS();
-}

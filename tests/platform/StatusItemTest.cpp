@@ -3,19 +3,15 @@
 #include "platform/status/StatusItem.h"
 
 #include <gtest/gtest.h>
-#include <xcb/xcb.h>
 
-#include <QApplication>
+#include <QGuiApplication>
 #include <QImage>
 #include <QMenu>
 #include <QProcess>
 #include <QScreen>
 #include <QTimer>
-#include <array>
-#include <cstdlib>
-#include <memory>
 
-#include "platform/status/StatusImage.h"
+#include "platform/Notification.h"
 #include "support/CapturedLog.h"
 #include "support/Desktop.h"
 #include "support/EventLoop.h"
@@ -29,10 +25,7 @@ using tests::runUntil;
 using tests::xdotool;
 
 struct Tray {
-  Tray() {
-    process.start(QStringLiteral("trayer"), {QStringLiteral("--edge"), QStringLiteral("top"),
-                                             QStringLiteral("--tint"), QStringLiteral("0")});
-  }
+  Tray() { process.startCommand(QStringLiteral("trayer --edge top --tint 0")); }
   ~Tray() {
     process.kill();
     process.waitForFinished();
@@ -46,100 +39,72 @@ bool clickAt(const QPoint &point, const char *button) {
   return xdotool({"mousemove", std::to_string(point.x()), std::to_string(point.y()), "click", button});
 }
 
-/// Has the tray ask for black symbols.
-void askForBlack() {
-  using Free = decltype([](void *reply) { std::free(reply); });
-  xcb_connection_t *const x = qGuiApp->nativeInterface<QNativeInterface::QX11Application>()->connection();
-  const auto atom = [x](std::string_view name) {
-    const auto cookie = xcb_intern_atom(x, 0, static_cast<std::uint16_t>(name.size()), name.data());
-    return std::unique_ptr<xcb_intern_atom_reply_t, Free>(xcb_intern_atom_reply(x, cookie, nullptr))->atom;
-  };
-  const std::unique_ptr<xcb_get_selection_owner_reply_t, Free> tray(
-      xcb_get_selection_owner_reply(x, xcb_get_selection_owner(x, atom("_NET_SYSTEM_TRAY_S0")), nullptr));
-  const std::array<std::uint32_t, 12> black{};
-  xcb_change_property(x, XCB_PROP_MODE_REPLACE, tray->owner, atom("_NET_SYSTEM_TRAY_COLORS"),
-                      XCB_ATOM_CARDINAL, 32, black.size(), black.data());
-  xcb_flush(x);
-}
-
-/// The brightest and the darkest of what the item shows on the screen, apart from its ground.
-int extremeLightness(const StatusItem &item, bool brightest) {
-  const QRect place = item.button().value();
+/// Whether something bright is to be seen where the item is.
+bool isBright(const QRect &place) {
   const QImage picture = QGuiApplication::primaryScreen()
                              ->grabWindow(0, place.x(), place.y(), place.width(), place.height())
                              .toImage();
-  int found = brightest ? 0 : 255;
   for (int y = 0; y < picture.height(); ++y)
     for (int x = 0; x < picture.width(); ++x)
-      found = brightest ? std::max(found, picture.pixelColor(x, y).lightness())
-                        : std::min(found, picture.pixelColor(x, y).lightness());
-  return found;
+      if (picture.pixelColor(x, y).lightness() > 200) return true;
+  return false;
 }
 
-TEST(StatusItem, IsInTheTrayOfX11WheneverOneIsThere) {
+struct StatusItemTest : testing::Test {
+  StatusItemTest() {
+    item.setAvailabilityHandler([&](bool available) { told.push_back(available); });
+    item.setAction([&] { ++clicks; });
+    item.setSecondaryAction([&] { ++secondary; });
+    item.setImage(QStringLiteral("statusIcon"));
+    item.setTemplate(true);
+  }
+  bool isSoon(bool available) {
+    return runUntil([&] { return item.isAvailable() == available; });
+  }
+
   Desktop desktop;
+  StatusItem item;
   std::vector<bool> told;
   int clicks = 0;
   int secondary = 0;
-  StatusItem item;
-  item.setAvailabilityHandler([&](bool available) { told.push_back(available); });
-  item.setAction([&] { ++clicks; });
-  item.setSecondaryAction([&] { ++secondary; });
-  item.setImage(QStringLiteral("statusIcon"));
-  item.setTemplate(true);
-  item.setToolTip(QStringLiteral("Velmora"));
+};
+
+TEST_F(StatusItemTest, IsInTheTrayOfX11WheneverOneIsThere) {
   EXPECT_FALSE(item.isAvailable());
   EXPECT_EQ(item.button(), std::nullopt);
-
-  for (const std::size_t turn : {1U, 2U}) {  // the second tray comes after the first has been killed
+  for (const int turn : {1, 2}) {  // the second tray comes after the first has been killed
     SCOPED_TRACE(turn);
     std::optional<Tray> tray(std::in_place);
-    ASSERT_TRUE(runUntil([&] { return item.isAvailable(); }));
+    ASSERT_TRUE(isSoon(true));
     // The tray gives it its place a little later, and then what lies there is the item.
     ASSERT_TRUE(runUntil([&] {
       const QRect place = item.button().value();
-      return place.top() < 60 && place.height() > 8 && place.right() < 1279 &&
-             extremeLightness(item, true) > 200;
+      return place.top() < 60 && place.height() > 8 && place.right() < 1279 && isBright(place);
     })) << "the portal says that the desktop is dark";
-    const int before = clicks;
     ASSERT_TRUE(clickAt(item.button()->center(), "1"));
-    EXPECT_TRUE(runUntil([&] { return clicks == before + 1; }));
+    EXPECT_TRUE(runUntil([&] { return clicks == turn; }));
     ASSERT_TRUE(clickAt(item.button()->center(), "3"));
-    EXPECT_TRUE(runUntil([&] { return secondary == int(turn); }));
-    EXPECT_EQ(clicks, before + 1);
-    if (turn == 1) {
-      QMenu menu;
-      menu.addAction(QStringLiteral("Quit"));
-      QRect opened;
-      QTimer::singleShot(0, &menu, [&] { opened = menu.geometry(), menu.close(); });
-      item.popUpMenu(menu);
-      EXPECT_EQ(opened.top(), item.button()->bottom() + 1);
-      // What the tray itself asks for comes before the desktop's wishes.
-      askForBlack();
-      EXPECT_TRUE(runUntil([&] { return extremeLightness(item, false) == 0; }));
-    }
+    EXPECT_TRUE(runUntil([&] { return secondary == turn; }));
+    EXPECT_EQ(clicks, turn);
+    QMenu menu;
+    menu.addAction(QStringLiteral("Quit"));
+    QRect opened;
+    QTimer::singleShot(0, &menu, [&] { opened = menu.geometry(), menu.close(); });
+    item.popUpMenu(menu);
+    EXPECT_EQ(opened.top(), item.button()->bottom() + 1);
     tray.reset();
-    EXPECT_TRUE(runUntil([&] { return !item.isAvailable(); }));
+    EXPECT_TRUE(isSoon(false));
   }
   EXPECT_EQ(told, (std::vector{true, false, true, false}));
 }
 
-TEST(StatusItem, IsTakenByAPanelOnTheSessionBusWheneverOneIsThere) {
-  Desktop desktop;
-  std::vector<bool> told;
-  int clicks = 0;
-  int secondary = 0;
-  StatusItem item;
-  item.setAvailabilityHandler([&](bool available) { told.push_back(available); });
-  item.setAction([&] { ++clicks; });
-  item.setSecondaryAction([&] { ++secondary; });
-  item.setImage(QStringLiteral("statusIcon"));
+TEST_F(StatusItemTest, IsTakenByAPanelOnTheSessionBusWheneverOneIsThere) {
   const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
   for (const int turn : {1, 2}) {
     SCOPED_TRACE(turn);
     desktop.say("appear");
     ASSERT_TRUE(desktop.hears("registered"));
-    ASSERT_TRUE(runUntil([&] { return item.isAvailable(); }));
+    ASSERT_TRUE(isSoon(true));
     if (turn == 1) {
       EXPECT_EQ(item.button()->topRight(), screen.topRight());
     }
@@ -151,7 +116,7 @@ TEST(StatusItem, IsTakenByAPanelOnTheSessionBusWheneverOneIsThere) {
     desktop.say("ContextMenu");
     EXPECT_TRUE(runUntil([&] { return secondary == turn; }));
     desktop.say("disappear");
-    EXPECT_TRUE(runUntil([&] { return !item.isAvailable(); }));
+    EXPECT_TRUE(isSoon(false));
   }
   EXPECT_EQ(told, (std::vector{true, false, true, false}));
 }
@@ -171,25 +136,16 @@ TEST(StatusItem, DoesNotWaitForAPanelThatDoesNotAnswer) {
   EXPECT_TRUE(runUntil([&] { return item.isAvailable(); })) << "the tray of X11 stands in";
 }
 
-TEST(StatusImage, IsDrawnOnWholePixels) {
-  const QIcon icon = statusImage(QStringLiteral("statusIcon"), QColor(Qt::white));
-  for (const int side : {16, 22, 24, 32, 44}) {
-    SCOPED_TRACE(side);
-    const QImage picture = icon.pixmap(QSize(side, side)).toImage();
-    ASSERT_EQ(picture.size(), QSize(side, side));
-    // A row through the three longer bars has no half-covered pixel.
-    const int scale = std::max(1, side / 16);
-    int inked = 0;
-    for (int x = 0; x < side; ++x) {
-      const QColor pixel = picture.pixelColor(x, side / 2);
-      EXPECT_TRUE(pixel.alpha() == 0 || pixel == QColor(Qt::white)) << x;
-      inked += pixel.alpha() != 0;
-    }
-    EXPECT_EQ(inked, 6 * scale);
-  }
+TEST(Notification, IsShownAsPlainTextOrLogged) {
   const tests::CapturedLog log;
-  (void)statusImage(QStringLiteral("nothing"), {});
-  EXPECT_EQ(log.count("Status item error: there is no image nothing"), 1);
+  Desktop desktop;
+  showNotification(QStringLiteral("Lost"), QStringLiteral("nobody is there"));
+  EXPECT_TRUE(runUntil([&] { return log.count("Notification error: ") == 1; }));
+  desktop.say("show");
+  ASSERT_TRUE(desktop.hears("show"));
+  showNotification(QStringLiteral("Velmora"), QStringLiteral("<b>1 & 2"));
+  EXPECT_TRUE(desktop.hears("Velmora: &lt;b&gt;1 &amp; 2"));
+  EXPECT_EQ(log.lines().size(), 1U);
 }
 
 }  // namespace
