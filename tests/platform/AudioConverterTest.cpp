@@ -83,19 +83,16 @@ TEST(AudioConverter, EveryBufferGivesItsSixteenHundredFramesWithoutAClick) {
 
 TEST(AudioConverter, TooLoudSaturatesAndWhatIsNoNumberDoesNotSpread) {
   AudioConverter converter(kSource, kTarget);
-  for (int number = 0; number < 8; ++number) {
-    PCMBuffer input = toneBuffer(kSource, number, 100, 4);
-    if (number == 3) {
-      input.floatChannelData()[5] = std::nanf("");
-      input.floatChannelData()[6] = HUGE_VALF;
-    }
+  for (int number = 0; number < 12; ++number) {
+    PCMBuffer input(kSource, kIn);
+    input.setFrameLength(kIn);
+    float *const samples = input.floatChannelData();
+    std::fill(samples, samples + kIn, number < 8 ? 4.0F : -4.0F);
+    if (number == 3) samples[5] = std::nanf("");
+    if (number == 3) samples[6] = HUGE_VALF;
     const auto some = convert(converter, input);
-    for (std::uint32_t i = 0; number >= 6 && i < kOut; ++i) {
-      const double at = number * 1600.0 + i - converter.delay();
-      const double wanted = 4 * std::sin(2 * std::numbers::pi * 100 * at / kTo);
-      if (std::abs(wanted) > 1.1) {
-        ASSERT_EQ(some[i], wanted > 0 ? 32767 : -32768) << number << " " << i;
-      }
+    if (number == 7 || number == 11) {
+      EXPECT_THAT(some, ::testing::Each(number == 7 ? 32767 : -32768));
     }
   }
 }

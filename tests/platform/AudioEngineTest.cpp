@@ -157,7 +157,7 @@ TEST(AudioEngine, NoTapComesAfterStopHoweverOften) {
   EXPECT_EQ(own.values().size(), 6U);
 }
 
-TEST(AudioEngine, HearsTheMicrophoneThatIsChosenElseTheDefault) {
+TEST(AudioEngine, HearsTheMicrophoneThatIsChosenElseTheDefaultWhateverHappens) {
   SoundServer server;
   const tests::CapturedLog log;
   AudioEngine engine;
@@ -209,31 +209,22 @@ TEST(AudioEngine, HearsTheMicrophoneThatIsChosenElseTheDefault) {
     EXPECT_TRUE(nextIs(inbox, false));
     EXPECT_EQ(engine.state(), State::running);
   }
-  EXPECT_EQ(log.lines().size(), 2U) << ::testing::PrintToString(log.lines());
-}
 
-TEST(AudioEngine, SurvivesTheDeathOfTheServer) {
-  SoundServer server;
-  const tests::CapturedLog log;
-  AudioEngine engine;
-  engine.start();
-  for (std::ptrdiff_t turn = 1; turn <= 3; ++turn) {
-    EXPECT_TRUE(comesToBe(engine, State::running));
-    EXPECT_EQ(log.lines().size(), static_cast<std::size_t>(turn - 1));
+  for (int turn = 1; turn <= 3; ++turn) {
     server.kill();
     EXPECT_TRUE(comesToBe(engine, State::waiting));
     EXPECT_TRUE(lists({"(no list)"}));
-    EXPECT_EQ(engine.inputDevice(), std::nullopt);
-    EXPECT_THROW(engine.setInputDevice({"mic", ""}), AudioError);
+    EXPECT_THROW(engine.setInputDevice({"hum", ""}), AudioError);
     if (turn == 2) {  // the next start works as well as going on
       engine.stop();
       engine.start();
     }
     server.start();
     EXPECT_THAT(names(), ElementsAre("mic")) << "at the next look";
+    EXPECT_TRUE(comesToBe(engine, State::running));
+    EXPECT_EQ(log.count("Audio error: no sound server: "), turn);
   }
-  EXPECT_TRUE(comesToBe(engine, State::running));
-  EXPECT_EQ(log.count("Audio error: no sound server: "), 3);
+  EXPECT_EQ(log.lines().size(), 5U) << ::testing::PrintToString(log.lines());
 }
 
 TEST(AudioEngine, AFrozenServerHoldsNobodyUp) {
@@ -255,7 +246,11 @@ TEST(AudioEngine, AFrozenServerHoldsNobodyUp) {
       engine.start();
       EXPECT_THAT(names(), ElementsAre("mic"));
     });
+    EXPECT_TRUE(hasSaidIt(2));  // it has asked for a stream, in vain
+    expectReturns([&] { engine.stop(); });
     server.thaw();
+    EXPECT_TRUE(eventually([&] { return !server.isHeardBySomebody(); })) << "that stream was left open";
+    engine.start();
     EXPECT_TRUE(comesToBe(engine, State::running));
     server.freeze();
     expectReturns([&] { engine.stop(); });
@@ -266,28 +261,11 @@ TEST(AudioEngine, AFrozenServerHoldsNobodyUp) {
     EXPECT_EQ(AudioEngine::inputDevices(), std::nullopt);
     engine.start();
   });
-  EXPECT_TRUE(hasSaidIt(2));
+  EXPECT_TRUE(hasSaidIt(3));
   server.thaw();
   EXPECT_TRUE(comesToBe(engine, State::running));
   EXPECT_THAT(names(), ElementsAre("mic"));
-  EXPECT_EQ(log.lines().size(), 2U) << ::testing::PrintToString(log.lines());
-}
-
-TEST(AudioEngine, AStreamThatWasAskedForInVainIsNotLeftOpen) {
-  SoundServer server;
-  AudioEngine engine;
-  engine.start();
-  ASSERT_TRUE(comesToBe(engine, State::running));
-  engine.stop();
-  ASSERT_TRUE(eventually([&] { return !server.isHeardBySomebody(); }));
-  server.freeze();
-  engine.start();
-  std::this_thread::sleep_for(100ms);  // that it asks before it stops, which nobody tells
-  engine.stop();
-  server.thaw();
-  // Whatever was asked for has been answered when something later has.
-  EXPECT_TRUE(lists({"mic"}));
-  EXPECT_TRUE(eventually([&] { return !server.isHeardBySomebody(); }));
+  EXPECT_EQ(log.lines().size(), 3U) << ::testing::PrintToString(log.lines());
 }
 
 }  // namespace

@@ -5,8 +5,6 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
-#include <numeric>
-
 #include "support/AudioFiles.h"
 #include "support/TemporaryFolder.h"
 #include "support/ToneFit.h"
@@ -54,32 +52,16 @@ TEST(AudioFile, AToneKeepsFrequencyLevelAndLengthFromEveryKindOfFile) {
   }
 }
 
-TEST(AudioFile, SixteenBitMonoAtSixteenKilohertzIsUnchanged) {
+TEST(AudioFile, AtSixteenKilohertzOnlyWhatIsNoSampleChanges) {
   const TemporaryFolder folder;
-  std::vector<std::int16_t> expected(65536);
-  std::iota(expected.begin(), expected.end(), std::int16_t{-32768});
-  std::vector<float> all;
-  for (const std::int16_t value : expected) all.push_back(static_cast<float>(value) / 32768.0F);
-  writeAudio(folder.path() / "all.wav", all, 16000);
-  EXPECT_EQ(samplesOf(folder.path() / "all.wav"), expected);
-}
-
-TEST(AudioFile, TooLoudSaturatesAndWhatIsNoNumberDoesNotSpread) {
-  const TemporaryFolder folder;
-  for (const int rate : {16000, 44100}) {
-    auto loud = tone(100, 1, rate, {4});
-    std::size_t at = loud.size() / 4;
-    for (const float bad : {std::nanf(""), HUGE_VALF, -HUGE_VALF}) loud[at++] = bad;
-    writeAudio(folder.path() / "loud.wav", loud, rate, 1, SF_FORMAT_WAV | SF_FORMAT_FLOAT);
-    const auto samples = samplesOf(folder.path() / "loud.wav");
-    // Behind the bad ones and before the end, each clipped sample stays at its limit.
-    for (std::size_t i = 4200; i < 15800; ++i) {
-      const double wanted = 4 * std::sin(2 * std::numbers::pi * 100 * static_cast<double>(i) / 16000);
-      if (std::abs(wanted) > 1.1) {
-        ASSERT_EQ(samples.at(i), wanted > 0 ? 32767 : -32768) << rate << " " << i;
-      }
-    }
+  std::vector<float> all{4, -4, HUGE_VALF, -HUGE_VALF, std::nanf("")};
+  std::vector<std::int16_t> expected{32767, -32768, 32767, -32768, 0};
+  for (int value = -32768; value <= 32767; ++value) {
+    all.push_back(static_cast<float>(value) / 32768.0F);
+    expected.push_back(static_cast<std::int16_t>(value));
   }
+  writeAudio(folder.path() / "all.wav", all, 16000, 1, SF_FORMAT_WAV | SF_FORMAT_FLOAT);
+  EXPECT_EQ(samplesOf(folder.path() / "all.wav"), expected);
 }
 
 TEST(AudioFile, SaysInOneLineWhatIsWrong) {

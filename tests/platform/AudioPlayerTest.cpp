@@ -83,7 +83,7 @@ TEST(AudioPlayer, WhatIsHeardIsWhatWasDecodedWholeAndWithoutAGap) {
     const auto whole = decoded(mp3);
     // The encoder adds its delay and fills its last frame.
     EXPECT_NEAR(static_cast<double>(whole.size()), static_cast<double>(samples.size()), 2 * 1152 + 529);
-    const auto wanted = audible(whole);
+    auto wanted = audible(whole);
     const auto recording = server.record();
     Delegate delegate;
     AudioPlayer player(mp3);
@@ -91,15 +91,10 @@ TEST(AudioPlayer, WhatIsHeardIsWhatWasDecodedWholeAndWithoutAGap) {
     player.setDelegate(&delegate);
     EXPECT_TRUE(player.isPlaying());
     EXPECT_THAT(delegate.words.waitFor(1), ElementsAre("finished"));
-    EXPECT_FALSE(player.isPlaying());
-    auto heard = recording->waitForSound(wanted.size() + kRate / 10);
-    ASSERT_GT(heard.size(), wanted.size());
-    EXPECT_THAT(std::vector(heard.begin() + static_cast<std::ptrdiff_t>(wanted.size()), heard.end()),
-                ::testing::Each(0));
-    heard.resize(wanted.size());
-    EXPECT_TRUE(heard == wanted) << "first difference at "
-                                 << std::mismatch(heard.begin(), heard.end(), wanted.begin()).first -
-                                        heard.begin();
+    // And nothing behind it.
+    wanted.resize(wanted.size() + kRate / 10);
+    const auto heard = recording->waitForSound(wanted.size());
+    EXPECT_TRUE(heard == wanted) << heard.size() << " of " << wanted.size();
   }
 }
 
@@ -113,18 +108,17 @@ TEST(AudioPlayer, PlayersSoundTogetherAndStopAlone) {
     player->setDelegate(&delegate);
     player->play();
   }
-  // Once both are there, a tenth of a second holds whole periods of each.
   const auto heardNow = [&](double hertz) {
     const auto all = recording->samples();
     if (all.size() < kRate / 10) return 0.0;
-    return tests::fitTone<std::int16_t>(std::span(all).last(kRate / 10), hertz, kRate).amplitude / 32768;
+    const auto last = std::span(all).last(kRate / 10);  // whole periods of each
+    return tests::fitTone<std::int16_t>(last, hertz, kRate).amplitude / 32768;
   };
   // LAME makes everything a little softer.
   EXPECT_TRUE(eventually([&] { return heardNow(500) > 0.18 && heardNow(3000) > 0.09; }));
   low.stop();
   EXPECT_TRUE(eventually([&] { return heardNow(500) < 0.001 && heardNow(3000) > 0.09; }));
-  EXPECT_FALSE(low.isPlaying());
-  EXPECT_TRUE(high.isPlaying());
+  EXPECT_TRUE(!low.isPlaying() && high.isPlaying());
   high.stop();
   EXPECT_TRUE(eventually([&] { return heardNow(3000) < 0.001; }));
   EXPECT_TRUE(delegate.words.values().empty()) << "a stop is no end";

@@ -11,7 +11,6 @@
 #include <string>
 #include <thread>
 
-#include "foundation/fatal.h"
 #include "platform/crash/CrashReporter.h"
 
 namespace {
@@ -43,7 +42,6 @@ int main(int, char **argv) {
   }
   const std::map<std::string, std::function<void()>> ways{
       {"fault", crashHere},
-      {"fatal", [] { velmora::fatal("The end"); }},
       {"overflow", [] { overflowHere(); }},
       {"exception", throwHere},
       {"thread",

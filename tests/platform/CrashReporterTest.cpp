@@ -44,7 +44,6 @@ TEST(CrashReporter, LeavesAReportOfEveryWayToCrash) {
       {"fault", "crashHere", {"signal: SIGSEGV, code 1, at 0x0", ", the main one\n"}},
       {"thread", "crashHere", {"signal: SIGSEGV", "thread: worker\n"}},
       {"overflow", "overflowHere", {"signal: SIGSEGV"}},
-      {"fatal", "velmora::fatal", {"signal: SIGABRT"}},
       {"exception", "throwHere", {"signal: SIGABRT", "exception: St12out_of_range\n"}},
   };
   using fs::perms;

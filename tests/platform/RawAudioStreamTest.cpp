@@ -9,6 +9,7 @@
 #include <array>
 #include <thread>
 
+#include "foundation/Descriptor.h"
 #include "platform/process/WakePipe.h"
 #include "support/AudioFiles.h"
 
@@ -19,18 +20,17 @@ using tests::readAll;
 
 /// A pipe whose writing end the test feeds.
 struct Pipe {
-  Pipe() { EXPECT_EQ(::pipe2(ends.data(), O_CLOEXEC), 0); }
-  ~Pipe() {
-    for (const int end : ends) ::close(end);
+  Pipe() {
+    std::array<int, 2> ends{-1, -1};
+    EXPECT_EQ(::pipe2(ends.data(), O_CLOEXEC), 0);
+    reader = Descriptor(ends[0]);
+    writer = Descriptor(ends[1]);
   }
-  Pipe(const Pipe &) = delete;
-  Pipe &operator=(const Pipe &) = delete;
   void write(std::string_view bytes) const {
-    ASSERT_EQ(::write(ends[1], bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
+    ASSERT_EQ(::write(writer.number(), bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
   }
-  void closeWriter() { ::close(std::exchange(ends[1], -1)); }
-
-  std::array<int, 2> ends{-1, -1};
+  Descriptor reader;
+  Descriptor writer;
 };
 
 TEST(RawAudioStream, FramesAreWholeHoweverTheBytesCome) {
@@ -46,9 +46,9 @@ TEST(RawAudioStream, FramesAreWholeHoweverTheBytesCome) {
     std::thread writer([&] {
       for (std::size_t at = 0; at < bytes.size(); at += piece)
         pipe.write(std::string_view(bytes).substr(at, piece));
-      pipe.closeWriter();
+      pipe.writer.close();
     });
-    RawAudioStream stream(pipe.ends[0], "standard input");
+    RawAudioStream stream(pipe.reader.number(), "standard input");
     std::vector<std::int16_t> samples(1600);
     EXPECT_EQ(stream.read(samples).samples, samples.size());
     const auto rest = readAll(stream);
@@ -61,7 +61,7 @@ TEST(RawAudioStream, FramesAreWholeHoweverTheBytesCome) {
 TEST(RawAudioStream, ABrokenOffReadLosesNothing) {
   const Pipe pipe;
   const WakePipe wake;
-  RawAudioStream stream(pipe.ends[0], "standard input", wake.descriptor());
+  RawAudioStream stream(pipe.reader.number(), "standard input", wake.descriptor());
   pipe.write(std::string("\x01\x02\x03", 3));
   std::array<std::int16_t, 2> frame{};
   std::thread waker([&] { wake.wake(); });
@@ -75,22 +75,22 @@ TEST(RawAudioStream, ABrokenOffReadLosesNothing) {
 }
 
 TEST(RawAudioStream, RefusesWhatIsNoRawAudio) {
-  const int zeros = ::open("/dev/zero", O_RDONLY | O_CLOEXEC);
+  const Descriptor zeros(::open("/dev/zero", O_RDONLY | O_CLOEXEC));
   Pipe wave;
   Pipe half;
   wave.write("RIFF\x24\x10__WAVEfmt ");
   half.write("x");
-  for (Pipe *const pipe : {&wave, &half}) pipe->closeWriter();
-  const std::pair<int, const char *> cases[] = {{wave.ends[0], "input: is an audio file with a header"},
-                                                {half.ends[0], "input: holds no samples"},
-                                                {zeros, "input: is longer than 10 minutes"},
-                                                {1000, "input: Bad file descriptor"}};
+  for (Pipe *const pipe : {&wave, &half}) pipe->writer.close();
+  const std::pair<int, const char *> cases[] = {
+      {wave.reader.number(), "input: is an audio file with a header"},
+      {half.reader.number(), "input: holds no samples"},
+      {zeros.number(), "input: is longer than 10 minutes"},
+      {1000, "input: Bad file descriptor"}};
   for (const auto &[descriptor, says] : cases) {
     RawAudioStream stream(descriptor, "input");
     EXPECT_THAT([&] { (void)readAll(stream); },
                 ::testing::ThrowsMessage<AudioError>(::testing::HasSubstr(says)));
   }
-  ::close(zeros);
 }
 
 }  // namespace

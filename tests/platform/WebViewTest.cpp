@@ -11,7 +11,6 @@
 
 #include "support/CapturedLog.h"
 #include "support/EventLoop.h"
-#include "support/Program.h"
 #include "support/TemporaryFolder.h"
 #include "support/WebPages.h"
 
@@ -47,9 +46,9 @@ struct WebViewTest : testing::Test, WebPolicyDelegate {
     return runUntil([&] { return countOf(server, request) > 0; });
   }
 
-  void answerWith(HttpAnswer wanted) {
+  void answerWith(const std::string &body) {
     const std::lock_guard lock(mutex);
-    answer = std::move(wanted);
+    answer = page(body);
   }
 
   std::vector<std::string> asked;
@@ -79,8 +78,8 @@ TEST_F(WebViewTest, SaysOnOneLineThatTheEngineIsMissing) {
 
 TEST_F(WebViewTest, AsksAboutTheMainFrameOnlyAndObeys) {
   answerWith(
-      page("<iframe src=/frame></iframe><script>if (top === self) {"
-           "location.href = '/ignored'; setTimeout(() => fetch('/done'), 0); }</script>"));
+      "<iframe src=/frame></iframe><script>if (top === self) {"
+      "location.href = '/ignored'; setTimeout(() => fetch('/done'), 0); }</script>");
   WebView view;
   view.setPolicyDelegate(this);
   shows(view, server.url("/start"));
@@ -91,16 +90,14 @@ TEST_F(WebViewTest, AsksAboutTheMainFrameOnlyAndObeys) {
 
 TEST_F(WebViewTest, PagesReachNoFilesAndOpenNoWindows) {
   const std::string url = "file://" + folder.write("secret.html", "<title>secret</title>").string();
-  answerWith(
-      page("<script>addEventListener('load', async () => {"
-           "const url = '" +
-           url +
-           "';"
-           "fetch(url).then(() => fetch('/leak')).catch(() => {});"
-           "if (window.open('/window')) await fetch('/leak');"
-           "location.href = url;"
-           "setTimeout(() => fetch('/done'), 100);"
-           "})</script>"));
+  answerWith("<script>const url = '" + url +
+             "';"
+             "addEventListener('load', async () => {"
+             "fetch(url).then(() => fetch('/leak')).catch(() => {});"
+             "if (window.open('/window')) await fetch('/leak');"
+             "location.href = url;"
+             "setTimeout(() => fetch('/done'), 100);"
+             "})</script>");
   WebView view;
   view.setPolicyDelegate(this);
   shows(view, server.url("/start"));
@@ -112,31 +109,9 @@ TEST_F(WebViewTest, PagesReachNoFilesAndOpenNoWindows) {
 
   EXPECT_TRUE(shows(view, url)) << "the program itself may";
   EXPECT_EQ(engineIn(view)->property("title"), QStringLiteral("secret"));
-}
-
-/// One run of a program, for the test below.
-TEST_F(WebViewTest, DISABLED_Visit) {
-  WebView view;
-  EXPECT_TRUE(shows(view, qEnvironmentVariable("VELMORA_TEST_URL").toStdString()));
-}
-
-TEST_F(WebViewTest, CookiesOutliveTheProgramInAPrivateFolder) {
-  HttpAnswer giving = page("here");
-  giving.headers["Set-Cookie"] = "name=value; Max-Age=3600";
-  answerWith(giving);
-  std::vector<std::string> cookies;
-  for (const char *run : {"/first", "/second"}) {
-    tests::Program visit(QCoreApplication::applicationFilePath().toStdString(),
-                         {"--gtest_filter=*DISABLED_Visit", "--gtest_also_run_disabled_tests"},
-                         {{"VELMORA_TEST_URL", server.url(run)}});
-    ASSERT_EQ(visit.finish(), 0) << visit.out() << visit.err();
-    for (const HttpRequest &request : server.requests().values())
-      if (request.target == run) cookies.push_back(request.headers.count("Cookie") ? "sent" : "none");
-  }
-  EXPECT_THAT(cookies, ElementsAre("none", "sent"));
   const QString home = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
-  const auto web = std::filesystem::path(home.toStdString()) / "velmora/web";
-  EXPECT_EQ(std::filesystem::status(web).permissions(), std::filesystem::perms::owner_all);
+  const auto cookies = std::filesystem::path(home.toStdString()) / "velmora/web";
+  EXPECT_EQ(std::filesystem::status(cookies).permissions(), std::filesystem::perms::owner_all);
 }
 
 TEST_F(WebViewTest, ReloadsWhatWasLetGoUnlessItIsShownAgainAtOnce) {
