@@ -91,8 +91,9 @@ TEST(AudioConverter, TooLoudSaturatesAndWhatIsNoNumberDoesNotSpread) {
     if (number == 3) samples[5] = std::nanf("");
     if (number == 3) samples[6] = HUGE_VALF;
     const auto some = convert(converter, input);
-    if (number == 7 || number == 11) {
-      EXPECT_THAT(some, ::testing::Each(number == 7 ? 32767 : -32768));
+    // The first of each kind begins with what came before.
+    if (number % 8 != 0) {
+      EXPECT_THAT(some, ::testing::Each(number < 8 ? 32767 : -32768)) << number;
     }
   }
 }

@@ -143,6 +143,29 @@ TEST(AudioPlayer, ItsDelegateMayDoToItWhatItLikes) {
   EXPECT_EQ(player, nullptr);
 }
 
+TEST(AudioPlayer, AStopComesBeforeAReportThatIsOnItsWay) {
+  const SoundServer server;
+  const std::string mp3 = encodeMp3(tone(0.1, 700));
+  Delegate first;
+  Delegate second;
+  AudioPlayer one(mp3);
+  AudioPlayer other(mp3);
+  one.setDelegate(&first);
+  other.setDelegate(&second);
+  bool isStopped = false;
+  first.then = [&](AudioPlayer &) {
+    if (std::exchange(isStopped, true)) return;
+    // The other one has ended too by then, and its report waits for this one.
+    EXPECT_TRUE(eventually([&] { return server.control({"list", "short", "sink-inputs"}).empty(); }));
+    other.stop();
+    one.play();
+  };
+  one.play();
+  other.play();
+  EXPECT_THAT(first.words.waitFor(2), ElementsAre("finished", "finished"));
+  EXPECT_THAT(second.words.values(), ElementsAre());
+}
+
 TEST(AudioPlayer, MayBeDestroyedAtAnyTimeAndSaysNothingAfterwards) {
   const SoundServer server;
   const std::string mp3 = encodeMp3(tone(0.05, 700));
@@ -175,9 +198,12 @@ TEST(AudioPlayer, BelievesOnlyWhatIsMp3) {
   for (const std::string &good : {mp3, mp3.substr(0, mp3.size() * 2 / 3), tag + mp3,
                                   std::string(300, 'x') + mp3, mp3.substr(0, mp3.size() / 2) + noise})
     EXPECT_NO_THROW(AudioPlayer{good});
+  std::string layer2;
+  for (int i = 0; i < 20; ++i) layer2 += std::string("\xff\xfd\x80\0", 4) + std::string(413, '\0');
   for (const std::string &bad :
-       {std::string(), std::string(50'000, 'x'), readFile("/bin/sh"), readFile(wave), noise, tag})
-    EXPECT_THAT([&] { AudioPlayer{bad}; }, ThrowsMessage<AudioError>(StartsWith("the data is not MP3")));
+       {std::string(), std::string(50'000, 'x'), readFile("/bin/sh"), readFile(wave), noise, tag, layer2})
+    EXPECT_THAT([&] { AudioPlayer{bad}; }, ThrowsMessage<AudioError>(StartsWith("the data is not MP3")))
+        << bad.size();
   EXPECT_TRUE(AudioPlayer::fromFile(folder.write("a.mp3", mp3)));
   EXPECT_THAT([&] { (void)AudioPlayer::fromFile(wave); },
               ThrowsMessage<AudioError>(HasSubstr("a.wav: the data is not MP3")));
