@@ -2,14 +2,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gmock/gmock.h>
 
+#include <future>
 #include <random>
 #include <thread>
 
 #include "protocol/CompletionThread.h"
 #include "protocol/EmbeddedAssistantService.h"
+#include "protocol/Responses.h"
 #include "support/Relay.h"
 #include "support/ScriptedServer.h"
-#include "support/TemporaryFolder.h"
 #include "support/Waiting.h"
 
 namespace velmora {
@@ -17,15 +18,17 @@ namespace {
 
 using tests::Inbox;
 using tests::Relay;
+using tests::Response;
 using tests::ScriptedServer;
 using Service = Google_Assistant_Embedded_V1Alpha1_EmbeddedAssistantService;
 using Call = Google_Assistant_Embedded_V1Alpha1_EmbeddedAssistantConverseCall;
 using ClientError = Google_Assistant_Embedded_V1Alpha1_EmbeddedAssistantClientError;
 using Request = Google_Assistant_Embedded_V1alpha1_ConverseRequest;
-using Response = Google_Assistant_Embedded_V1alpha1_ConverseResponse;
 using End = ScriptedServer::End;
+using ::testing::AllOf;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+using ::testing::Not;
 
 const std::string kTruncatedVarint = "\x10\x80";
 
@@ -35,13 +38,7 @@ Request audio(const std::string &bytes) {
   return request;
 }
 
-std::string audioResponse(const std::string &bytes) {
-  Google_Assistant_Embedded_V1alpha1_AudioOut out;
-  out.setAudioData(bytes);
-  Response response;
-  response.setAudioOut(out);
-  return response.serialize();
-}
+std::string audioResponse(const std::string &bytes) { return tests::soundOf(bytes).serialize(); }
 
 /// A received response as text: its audio, or the name of the error.
 std::string asText(const std::optional<Response> &response, const std::optional<ClientError> &error) {
@@ -104,6 +101,8 @@ TEST(ConverseCall, KeepsABurstInOrderAndDeliversToTheEndAfterTheClose) {
     call->send(audio(std::to_string(i)), [&](const auto &error) { sent.put(!error); });
   }
   call->closeSend([&] { closed.put(1); });
+  EXPECT_EQ(raised([&] { call->send(audio("late")); }), "sendingClosed");
+  EXPECT_EQ(raised([&] { call->closeSend(); }), "sendingClosed");
   for (int i = 0; i < 300; ++i) ASSERT_EQ(receiveText(*call), std::to_string(i));
   EXPECT_EQ(receiveText(*call), "endOfStream");
   EXPECT_EQ(receiveText(*call), "endOfStream");
@@ -130,6 +129,8 @@ TEST(ConverseCall, BadBytesAreOneErrorAndTheStreamGoesOn) {
   std::function<void()> next = [&] {
     call->receive([&](const std::optional<Response> &response, const std::optional<ClientError> &error) {
       EXPECT_TRUE(CompletionThread::isCurrent());
+      EXPECT_EQ(raised([&] { (void)call->receive(); }), "completionThread") << "it would wait for itself";
+      EXPECT_EQ(raised([&] { call->closeSend(); }), "completionThread");
       const bool more = response || error->errorCase() != ClientError::Case::endOfStream;
       received.put(asText(response, error));
       if (more) next();
@@ -161,7 +162,7 @@ TEST(ConverseCall, EarlierReceiversAreServedBeforeABlockingOne) {
   }
 }
 
-TEST(ConverseCall, OperationsAfterTheEndRaiseOrCompleteAndNeverHang) {
+TEST(ConverseCall, TheEndFreesWhoWaitsAndLaterOperationsRaiseOrComplete) {
   const struct {
     const char *what;
     StatusCode end;
@@ -172,12 +173,17 @@ TEST(ConverseCall, OperationsAfterTheEndRaiseOrCompleteAndNeverHang) {
                {"refused", StatusCode::unauthenticated, false, "callEnded", "callEnded"},
                {"cancelled", StatusCode::ok, true, "callEnded", "callEnded"}};
   for (const auto &c : cases) {
+    const Inbox<bool> arrived;
     Client client([&](ScriptedServer::Call &call) -> End {
+      arrived.put(true);
       if (c.cancel) call.waitForCancel();
       return {.code = c.end, .message = "so be it", .details = "\x08\x10"};
     });
     const auto call = client.start();
+    auto waiting = std::async(std::launch::async, [&] { return receiveText(*call); });
+    (void)arrived.waitFor(1);
     if (c.cancel) call->cancel();
+    EXPECT_EQ(waiting.get(), "endOfStream") << c.what;
     const CallResult result = client.end();
     EXPECT_EQ(result.statusCode, static_cast<int>(c.cancel ? StatusCode::cancelled : c.end)) << c.what;
     if (c.end == StatusCode::unauthenticated) {
@@ -193,58 +199,20 @@ TEST(ConverseCall, OperationsAfterTheEndRaiseOrCompleteAndNeverHang) {
   }
 }
 
-TEST(ConverseCall, TheSendingSideClosesOnce) {
-  Client client([](ScriptedServer::Call &call) -> End {
-    call.readAll();
-    return {};
-  });
-  const auto call = client.start();
-  call->closeSend();
-  EXPECT_EQ(raised([&] { call->send(audio("late")); }), "sendingClosed");
-  EXPECT_EQ(raised([&] { call->closeSend(); }), "sendingClosed");
-  EXPECT_EQ(client.end().statusCode, 0);
-}
-
-TEST(ConverseCall, ABlockingOperationOnTheCompletionThreadRaises) {
-  Client client([](ScriptedServer::Call &call) -> End {
-    call.write(audioResponse("x"));
-    call.readAll();
-    return {};
-  });
-  const auto call = client.start();
-  Inbox<std::string> seen;
-  call->receive([&](auto, auto) {
-    seen.put(raised([&] { (void)call->receive(); }));
-    seen.put(raised([&] { call->closeSend(); }));
-  });
-  EXPECT_THAT(seen.waitFor(2), ElementsAre("completionThread", "completionThread"));
-}
-
-TEST(ConverseCall, MetadataTravelsOrIsRefusedBeforeACallIsMade) {
-  Inbox<Metadata> seen;
-  Client client([&](ScriptedServer::Call &call) -> End {
-    seen.put(call.metadata());
-    return {};
-  });
-  client.service.metadata() = {{"authorization", "Bearer "}, {"twice", "1"}, {"twice", "2"}};
-  const auto call = client.start();
-  EXPECT_EQ(client.end().statusCode, 0);
-  const Metadata got = seen.waitFor(1).at(0);
-  EXPECT_EQ(got.find("authorization")->second, "Bearer ");
-  EXPECT_EQ(got.count("twice"), 2U);
-
+TEST(ConverseCall, IllegalMetadataIsRefusedBeforeACallIsMade) {
+  Client client([](ScriptedServer::Call &) -> End { return {}; });
   const std::pair<std::string, std::string> illegal[] = {{"authorization", "Bearer a\nb"},
                                                          {"authorization", "Bearer \xC3\xA4"},
-                                                         {"Authorization", "x"},
-                                                         {"", "x"},
                                                          {"with blank", "x"},
                                                          {":path", "x"},
-                                                         {"grpc-timeout", "1S"},
-                                                         {"tab", "a\tb"}};
+                                                         {"grpc-timeout", "1S"}};
   for (const auto &field : illegal) {
     client.service.metadata() = {field};
     EXPECT_EQ(raised([&] { (void)client.start(); }), "illegalMetadata") << field.first << "=" << field.second;
   }
+  client.service.metadata() = {{"authorization", "Bearer "}};
+  const auto call = client.start();
+  EXPECT_EQ(client.end().statusCode, 0);
   EXPECT_EQ(client.ended.values().size(), 1U);
 }
 
@@ -275,45 +243,22 @@ TEST(ConverseCall, MayBeDestroyedAtAnyMoment) {
     call.reset();
   }
   EXPECT_EQ(client.ended.waitFor(kRounds).size(), static_cast<std::size_t>(kRounds));
-  // What was due at the end of the last calls is on its way.
-  const auto deadline = std::chrono::steady_clock::now() + tests::kPatience;
-  while (completions < asked && std::chrono::steady_clock::now() < deadline) std::this_thread::yield();
-  EXPECT_EQ(completions, asked);
-}
-
-TEST(ConverseCall, ABlockedReceiverIsFreedWhenAnotherThreadCancels) {
-  Client client([](ScriptedServer::Call &call) -> End {
-    call.waitForCancel();
-    return {};
-  });
-  auto call = client.start();
-  std::thread canceller([&] {
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    call->cancel();
-  });
-  EXPECT_EQ(receiveText(*call), "endOfStream");
-  canceller.join();
-  EXPECT_EQ(client.end().statusCode, static_cast<int>(StatusCode::cancelled));
+  EXPECT_TRUE(tests::eventually([&] { return completions == asked; })) << completions << " of " << asked;
 }
 
 TEST(ConverseCall, LargeResponsesPassAndAnUnreadStreamIsHeldBack) {
-  Client large([](ScriptedServer::Call &call) -> End {
-    call.write(audioResponse(std::string(64U << 20U, 'L')));
-    return {};
-  });
-  EXPECT_EQ(receiveText(*large.start()).size(), 64U << 20U);
-
   std::atomic<int> written{0};
   constexpr int kMegabytes = 64;
-  Client unread([&](ScriptedServer::Call &call) -> End {
+  Client client([&](ScriptedServer::Call &call) -> End {
+    call.write(audioResponse(std::string(std::size_t{kMegabytes} << 20U, 'L')));
     for (int i = 0; i < kMegabytes && call.write(audioResponse(std::string(1U << 20U, 'm'))); ++i) ++written;
     return {};
   });
-  const auto call = unread.start();
-  EXPECT_EQ(receiveText(*call).size(), 1U << 20U);
+  const auto call = client.start();
+  EXPECT_EQ(receiveText(*call).size(), std::size_t{kMegabytes} << 20U);
   std::this_thread::sleep_for(std::chrono::milliseconds(300));
   EXPECT_LT(written, kMegabytes / 2);
-  for (int i = 1; i < kMegabytes; ++i) ASSERT_EQ(receiveText(*call).size(), 1U << 20U);
+  for (int i = 0; i < kMegabytes; ++i) ASSERT_EQ(receiveText(*call).size(), 1U << 20U);
   EXPECT_EQ(receiveText(*call), "endOfStream");
 }
 
@@ -338,22 +283,13 @@ TEST(ConverseCall, ABrokenConnectionEndsTheCallAndTheNextOneConnectsAgain) {
 }
 
 TEST(ConverseCall, OnlyAServerWithTheRightCertificateIsTalkedTo) {
-  const auto script = [](ScriptedServer::Call &call) -> End {
-    call.readAll();
-    return {};
-  };
+  const auto script = [](ScriptedServer::Call &) -> End { return {}; };
   const ScriptedServer server(script);
   const ScriptedServer other(script);
   const ScriptedServer plain(script, ScriptedServer::Transport::plaintext);
-  const std::string localhost = "localhost:" + std::to_string(server.port());
   const auto outcome = [&](const Service &service) {
     Inbox<CallResult> ended;
     const auto call = service.converse([ended](const CallResult &result) { ended.put(result); });
-    try {
-      call->closeSend();
-    } catch (const CallError &) {
-      // It failed already.
-    }
     const auto results = ended.waitFor(1);
     return results.empty() ? -1 : results.front().statusCode;
   };
@@ -364,17 +300,13 @@ TEST(ConverseCall, OnlyAServerWithTheRightCertificateIsTalkedTo) {
     std::optional<std::string> host;
     int status;
   } cases[] = {{"by number", server.address(), server.roots(), {}, 0},
-               {"by name", localhost, server.roots(), {}, 0},
                {"named otherwise", server.address(), server.roots(), "localhost", 0},
                {"not its name", server.address(), server.roots(), "assistant.example", 14},
                {"another authority", server.address(), other.roots(), {}, 14},
                {"the system's roots", server.address(), {}, {}, 14},
                {"empty roots", server.address(), "", {}, 14},
                {"no certificate", server.address(), "nonsense", {}, 14},
-               {"truncated roots", server.address(), server.roots().substr(0, 99), {}, 14},
-               {"a plaintext server", plain.address(), server.roots(), {}, 14},
-               {"nobody there", "127.0.0.1:1", server.roots(), {}, 14},
-               {"no such name", "assistant.invalid", server.roots(), {}, 14}};
+               {"a plaintext server", plain.address(), server.roots(), {}, 14}};
   testing::internal::CaptureStderr();
   for (const auto &c : cases) EXPECT_EQ(outcome(Service(c.address, c.roots, c.host)), c.status) << c.what;
   EXPECT_EQ(outcome(Service(plain.address())), 0);
@@ -391,40 +323,13 @@ TEST(Channel, ALoopbackServiceIsReachedWhateverTheProxyVariablesSay) {
   EXPECT_EQ(client.end().statusCode, 0);
 }
 
-TEST(Channel, KnowsAddresses) {
-  const struct {
-    const char *address;
-    const char *withPort;
-    bool loopback;
-  } cases[] = {{"127.0.0.1", "127.0.0.1:443", true},
-               {"127.5.5.5:80", "127.5.5.5:80", true},
-               {"127.example.com", "127.example.com", false},
-               {"10.0.0.1", "10.0.0.1:443", false},
-               {"::1", "[::1]:443", true},
-               {"[::1]", "[::1]:443", true},
-               {"[::1]:8443", "[::1]:8443", true},
-               {"2001:db8::1", "[2001:db8::1]:443", false},
-               {"localhost", "localhost", true},
-               {"localhost:1", "localhost:1", true},
-               {"localhost.example:1", "localhost.example:1", false}};
-  for (const auto &c : cases) {
-    EXPECT_EQ(withDefaultPort(c.address), c.withPort);
-    EXPECT_EQ(isLoopback(c.address), c.loopback) << c.address;
-  }
-}
-
 TEST(CallResult, ItsDescriptionShowsNoToken) {
-  const CallResult result{.statusCode = 16,
-                          .statusMessage = "no",
-                          .resultData = {},
-                          .initialMetadata = {{"authorization", "Bearer ya29.secret-token"}},
-                          .trailingMetadata = {{"set-cookie", "session-id-value"}, {"k", "v"}}};
-  const std::string text = result.description();
-  EXPECT_THAT(text, HasSubstr("16"));
-  EXPECT_THAT(text, HasSubstr("k: v"));
-  EXPECT_THAT(text, HasSubstr("Bearer ya29"));
-  EXPECT_EQ(text.find("secret"), std::string::npos);
-  EXPECT_EQ(text.find("session-id"), std::string::npos);
+  const CallResult result{
+      .statusCode = 16,
+      .trailingMetadata = {
+          {"authorization", "Bearer ya29.secret-token"}, {"set-cookie", "session-id-value"}, {"k", "v"}}};
+  EXPECT_THAT(result.description(), AllOf(HasSubstr("16"), HasSubstr("k: v"), HasSubstr("Bearer ya29"),
+                                          Not(HasSubstr("secret")), Not(HasSubstr("session-id"))));
 }
 
 }  // namespace
