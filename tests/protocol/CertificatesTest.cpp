@@ -4,8 +4,7 @@
 // That TLS accepts the certificates, and which names it refuses, is seen where calls are made with them.
 #include "protocol/Certificates.h"
 
-#include <gmock/gmock.h>
-#include <sys/stat.h>
+#include <gtest/gtest.h>
 
 #include "foundation/Deployment.h"
 #include "support/TemporaryFolder.h"
@@ -13,20 +12,19 @@
 namespace velmora {
 namespace {
 
+namespace fs = std::filesystem;
+
 TEST(Certificates, OnlyTheServersKeyIsWrittenAndOnlyForItsOwner) {
   const tests::TemporaryFolder folder;
   // A file of an earlier start that everybody may read.
-  const auto old = folder.write("server.key", "old");
-  ::chmod(old.c_str(), 0644);
+  (void)folder.write("server.key", "old");
   const Certificates files = makeCertificates(folder.path());
-  struct stat status {};
-  ASSERT_EQ(::stat(files.key.c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 0777, 0600U);
+  EXPECT_EQ(fs::status(files.key).permissions(), fs::perms::owner_read | fs::perms::owner_write);
   int count = 0;
-  for (const auto &entry : std::filesystem::directory_iterator(folder.path())) {
+  for (const auto &entry : fs::directory_iterator(folder.path())) {
     ++count;
-    const std::string contents = readFile(entry.path());
-    EXPECT_EQ(contents.find("PRIVATE KEY") != std::string::npos, entry.path() == files.key) << entry.path();
+    const bool holdsKey = readFile(entry.path()).find("PRIVATE KEY") != std::string::npos;
+    EXPECT_EQ(holdsKey, entry.path() == files.key) << entry.path();
   }
   EXPECT_EQ(count, 3);
 }
