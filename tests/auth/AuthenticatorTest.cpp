@@ -73,10 +73,10 @@ TEST_F(AuthenticatorTest, ACodeIsSentInTheseBytesAndAnyJsonAnswerSignsInAndIsSto
     authenticator.logout();
     for (const auto key : {kAuthTokenKey, kRefreshTokenKey, kExpiresInKey}) store(key, {});
     answer = c.answer;
-    bool storedFirst = false;
+    bool storedFirst = true;
     const auto watch = defaults.addObserver(
         kLoggedInKey, UserDefaults::Notify::newOnly,
-        [&](const QVariant &) { storedFirst = defaults.objectForKey(kAuthTokenKey) == c.access; });
+        [&](const QVariant &) { storedFirst &= defaults.objectForKey(kAuthTokenKey) == c.access; });
     const auto before = QDateTime::currentDateTimeUtc();
     authenticator.requestToken(QStringLiteral("4/a+b=c d&x=\u00fc%20"));
     ASSERT_TRUE(runUntil([&] { return defaults.boolForKey(kLoggedInKey); })) << c.answer.body;

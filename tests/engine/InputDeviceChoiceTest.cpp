@@ -29,10 +29,12 @@ TEST(InputDeviceChoice, TheChosenOneWhileItIsThereElseTheDefault) {
   EXPECT_TRUE(hears("mic")) << "not attached yet";
   server.plugMicrophone("other");
   EXPECT_TRUE(hears("other"));
+  defaults.removeObjectForKey(kInputDeviceKey);
+  EXPECT_TRUE(hears("mic"));
+  defaults.setObject(QStringLiteral("other"), kInputDeviceKey);
+  EXPECT_TRUE(hears("other"));
   server.unplugMicrophone("other");
   EXPECT_TRUE(hears("mic"));
-  server.plugMicrophone("other");
-  EXPECT_TRUE(hears("other"));
 }
 
 }  // namespace

@@ -107,7 +107,6 @@ TEST_F(LocalAssistantTest, SaysInOneLineWhyItDoesNotServe) {
       {complain + "exit 3", "ended with exit code 3 before it was ready: no model found$"},
       {complain + "kill -9 $$", "was ended by signal 9 before it was ready: no model found$"},
       {complain + "echo hello; " + kUntilEnd, "did not say where it listens but \"hello\": no model found$"},
-      {"echo '[1]'", "did not say where it listens but \"\\[1\\]\"$"},
       {"echo '{\"address\": \"localhost\", \"deployment\": \"/\"}'", "did not say where"},
       {"echo '{\"address\": \"localhost:1\", \"deployment\": \".\"}'", "did not say where"},
       {"head -c 100000 /dev/zero | tr '\\0' x; " + kUntilEnd,
