@@ -6,7 +6,6 @@
 
 #include <QApplication>
 #include <QImage>
-#include <QMouseEvent>
 #include <cmath>
 #include <limits>
 #include <thread>
@@ -15,7 +14,6 @@
 #include "platform/audio/Microphone.h"
 #include "support/EventLoop.h"
 #include "support/SoundServer.h"
-#include "ui/CustomPlot.h"
 #include "ui/NodeOutputPlot.h"
 
 namespace velmora {
@@ -49,6 +47,10 @@ Extent extentAt(const QImage &image, int x) {
   }
   return extent;
 }
+double heightAt(const QImage &image, int x) {
+  const Extent extent = extentAt(image, x);
+  return extent.bottom - extent.top;
+}
 
 double coloured(const QImage &image) {
   double sum = 0;
@@ -79,37 +81,32 @@ TEST(AudioPlot, DrawsTheSamplesAsItIsToldTo) {
       {false, false, 1, halves(0.5F, -0.25F), {0.5, 0.5}, {-0.25, -0.25}},
       {false, true, 1, halves(0.5F, -0.25F), {0.5, -0.5}, {0.25, -0.25}},
       {true, true, 4, halves(0.5F, -0.125F), {1, -1}, {0.5, -0.5}},
-      {true, true, 1, halves(0, 0), {0, 0}, {0, 0}},
       {true, true, 1, halves(nan, infinity), {0, 0}, {1, -1}},
       {true, true, 1, halves(0.5F, -0.25F, 20), {0.5, -0.5}, {0.25, -0.25}},  // fewer than pixels
       {true, true, 1, {0.5F}, {0.5, -0.5}, {0.5, -0.5}},
   };
-  int number = 0;
   for (const auto &one : cases) {
     const double near = one.fill ? 0.06 : 0.2;  // a thin line of Qt's is a little pale
-    for (const int scale : {1, 2, 3}) {
-      SCOPED_TRACE(::testing::Message() << "case " << number << ", scale " << scale);
+    for (const int scale : {1, 2}) {
+      SCOPED_TRACE(::testing::Message() << "case " << &one - cases << ", scale " << scale);
       AudioPlot plot;
       plot.resize(kWidth, kHeight);
       plot.setShouldFill(one.fill);
       plot.setShouldMirror(one.mirror);
       plot.setGain(one.gain);
-      plot.setColor(Qt::red);
       plot.updateBuffer(one.samples);
       const QImage image = pictureOf(plot, scale);
       const int above = (image.height() - scale) / 2;  // whole rows
       const double middle = above + scale / 2.0;
-      const double reach = middle - scale / 2.0;
       for (const auto &[x, wanted] :
            {std::pair(kWidth / 4, one.left), std::pair(kWidth * 3 / 4, one.right)}) {
         const Extent drawn = extentAt(image, x * scale);
-        EXPECT_NEAR(drawn.top, middle - reach * wanted.top - scale / 2.0, near);
-        EXPECT_NEAR(drawn.bottom, middle - reach * wanted.bottom + scale / 2.0, near);
+        EXPECT_NEAR(drawn.top, middle - above * wanted.top - scale / 2.0, near);
+        EXPECT_NEAR(drawn.bottom, middle - above * wanted.bottom + scale / 2.0, near);
         const int lines = one.mirror ? 2 : 1;
         EXPECT_NEAR(drawn.covered, one.fill ? drawn.bottom - drawn.top : lines * scale, 2 * near);
       }
     }
-    ++number;
   }
 }
 
@@ -124,15 +121,8 @@ TEST(AudioPlot, LosesNoPeakAndIsSharpOnADenseScreen) {
     plot.updateBuffer(samples);
     const QImage image = pictureOf(plot, 2);
     const int x = static_cast<int>(at / 50);  // 200 pixels wide
-    double tallest = 0;
-    for (int column = x - 1; column <= x + 1; ++column) {
-      const Extent drawn = extentAt(image, column);
-      tallest = std::max(tallest, drawn.bottom - drawn.top);
-    }
-    EXPECT_GT(tallest, kHeight) << at;
-    for (const int column : {x - 3, x + 3}) {
-      EXPECT_NEAR(extentAt(image, column).bottom - extentAt(image, column).top, 2, 0.1) << "is blurred";
-    }
+    EXPECT_GT(std::max({heightAt(image, x - 1), heightAt(image, x), heightAt(image, x + 1)}), kHeight) << at;
+    for (const int column : {x - 3, x + 3}) EXPECT_NEAR(heightAt(image, column), 2, 0.1) << "is blurred";
   }
 }
 
@@ -145,34 +135,10 @@ TEST(AudioPlot, RollsTheLoudnessFromTheRight) {
   for (int i = 0; i < 100; ++i) plot.updateBuffer(halves(0.5F, -0.5F));
   for (int i = 0; i < 100; ++i) plot.updateBuffer(halves(0, 0));
   const QImage image = pictureOf(plot);
+  for (const auto &[column, height] : {std::pair(250, 1), {362, 40}, {462, 1}})
+    EXPECT_NEAR(heightAt(image, column), height, 1) << column;
   plot.clear();
   EXPECT_EQ(coloured(pictureOf(plot)), 0) << "no signal, no line";
-  EXPECT_NEAR(coloured(image), 512 + 100 * (kHeight - 1) * 0.5, 60);
-  EXPECT_NEAR(extentAt(image, 512 - 150).bottom - extentAt(image, 512 - 150).top, 40, 1);
-  EXPECT_NEAR(extentAt(image, 512 - 50).bottom - extentAt(image, 512 - 50).top, 1, 0.1);
-}
-
-TEST(CustomPlot, ACallbackHearsOfEachLeftPressOnce) {
-  CustomPlot plot;
-  QWidget child(&plot);  // as the live plot is
-  int heard = 0;
-  const auto press = [](QWidget &target, QEvent::Type type = QEvent::MouseButtonPress,
-                        Qt::MouseButton button = Qt::LeftButton) {
-    QMouseEvent event(type, {1, 1}, {1, 1}, button, button, Qt::NoModifier);
-    QApplication::sendEvent(&target, &event);
-  };
-  press(plot);
-  // A callback may put another one in its place.
-  plot.setClickListener([&](QMouseEvent &) {
-    heard += 1;
-    plot.setClickListener([&](QMouseEvent &) { heard += 10; });
-  });
-  press(plot);
-  press(plot, QEvent::MouseButtonDblClick);
-  press(plot, QEvent::MouseButtonRelease);
-  press(plot, QEvent::MouseButtonPress, Qt::RightButton);
-  press(child);
-  EXPECT_EQ(heard, 21);
 }
 
 TEST(NodeOutputPlot, ShowsWhatIsSaidWhileItIsSaid) {
