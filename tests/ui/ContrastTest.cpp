@@ -6,18 +6,12 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
-#include <QCheckBox>
-#include <QComboBox>
 #include <QLabel>
 #include <QPushButton>
-#include <QTabBar>
-#include <QTimer>
 #include <cmath>
 #include <map>
 
-#include "foundation/Deployment.h"
 #include "gallery/Theme.h"
-#include "platform/Alert.h"
 #include "platform/web/WebView.h"
 #include "support/EventLoop.h"
 #include "ui/popover/INPopoverController.h"
@@ -59,23 +53,7 @@ double contrastIn(const QImage &area) {
   return most;
 }
 
-/// Where the letters of a control are, away from its frame and its mark.
-std::vector<QRect> textsOf(const QWidget &widget) {
-  const QRect inside = widget.rect().adjusted(6, 4, -6, -4);
-  if (const auto *label = qobject_cast<const QLabel *>(&widget)) {
-    return label->text().isEmpty() ? std::vector<QRect>() : std::vector{label->contentsRect()};
-  }
-  if (qobject_cast<const QCheckBox *>(&widget)) return {inside.adjusted(18, 0, 0, 0)};
-  if (qobject_cast<const QComboBox *>(&widget)) return {inside.adjusted(0, 0, -18, 0)};
-  if (const auto *bar = qobject_cast<const QTabBar *>(&widget)) {
-    return {bar->tabRect(0).adjusted(6, 5, -6, -5), bar->tabRect(1).adjusted(6, 5, -6, -5)};
-  }
-  const bool button =
-      qobject_cast<const QPushButton *>(&widget) || qobject_cast<const MASShortcutView *>(&widget);
-  return button ? std::vector{inside} : std::vector<QRect>();
-}
-
-/// Measures every text of the window that can be used now; `least` of them there must be.
+/// Measures every text in colours of our own, and that none is cut off; `least` of them there must be.
 void expectReadable(QWidget &window, int least, const std::string &what) {
   ASSERT_TRUE(runUntil([&] { return window.isVisible(); })) << what;
   QImage picture(window.size() * kScale, QImage::Format_RGB32);
@@ -84,13 +62,17 @@ void expectReadable(QWidget &window, int least, const std::string &what) {
   window.render(&picture);
   int measured = 0;
   for (QWidget *widget : window.findChildren<QWidget *>()) {
-    if (!widget->isVisible() || !widget->isEnabled()) continue;
-    for (const QRect &rect : textsOf(*widget)) {
-      const QRect place(widget->mapTo(&window, rect.topLeft()) * kScale, rect.size() * kScale);
-      EXPECT_GE(contrastIn(picture.copy(place)), kReadable)
-          << what << ": " << widget->objectName().toStdString() << ' ' << rect.x();
-      ++measured;
-    }
+    const auto *label = qobject_cast<QLabel *>(widget);
+    const bool isText = (label && !label->text().isEmpty()) || qobject_cast<MASShortcutView *>(widget) ||
+                        qobject_cast<QPushButton *>(widget);
+    if (!isText || !widget->isVisible() || !widget->isEnabled()) continue;
+    // Away from the frame of a button.
+    const QRect rect = label ? label->contentsRect() : widget->rect().adjusted(6, 4, -6, -4);
+    const QRect place(widget->mapTo(&window, rect.topLeft()) * kScale, rect.size() * kScale);
+    EXPECT_GE(contrastIn(picture.copy(place)), kReadable) << what << widget->objectName().toStdString();
+    EXPECT_TRUE(!label || !label->wordWrap() || label->height() >= label->heightForWidth(label->width()))
+        << what << widget->objectName().toStdString();
+    ++measured;
   }
   EXPECT_GE(measured, least) << what;
 }
@@ -104,26 +86,19 @@ struct Contrast : testing::TestWithParam<bool> {
 
 TEST_P(Contrast, OfThePreferencesInEveryStateOfTheRecorder) {
   UserDefaults defaults;
-  defaults.setObject(true, QStringLiteral("logged_in"));
-  const std::string link = "https://velmora.example/";
-  PreferencesWindowController window(
-      ApplicationInformation::ofThisBuild({.forum = link, .fanPage = link, .microblog = link, .home = link}),
-      defaults);
+  PreferencesWindowController window({}, defaults);
   window.showWindow();
   MASShortcutView &recorder = window.shortcutView();
   ASSERT_TRUE(runUntil([&] { return recorder.hasFocus(); }));
-  expectReadable(window, 11, theme + "without a shortcut");
+  expectReadable(window, 6, theme + "without a shortcut");
   recorder.setShortcutValue(MASShortcut(122, shortcut_modifier::kCommand));
-  expectReadable(window, 11, theme + "with a shortcut");
+  expectReadable(window, 6, theme + "with a shortcut");
   recorder.setRecording(true);
   EXPECT_TRUE(recorder.isRecording());
-  expectReadable(window, 11, theme + "recording");
-  recorder.setRecording(false);
-  window.AboutTabClick();
-  expectReadable(window, 10, theme + "about");
+  expectReadable(window, 6, theme + "recording");
 }
 
-TEST_P(Contrast, OfTheHintTheAlertsAndAMissingPage) {
+TEST_P(Contrast, OfTheHintAndAMissingPage) {
   popOverView hint;
   INPopoverController popover(&hint);
   popover.setAnimates(false);
@@ -135,14 +110,6 @@ TEST_P(Contrast, OfTheHintTheAlertsAndAMissingPage) {
   page.load(QUrl(QStringLiteral("https://127.0.0.1/")));
   page.showFailure();
   expectReadable(page, 2, theme + "page");
-  QTimer::singleShot(0, [&] {
-    auto *alert = QApplication::activeModalWidget();
-    if (alert) expectReadable(*alert, 3, theme + "alert");
-    if (alert) alert->close();
-  });
-  showAlert({.messageText = QStringLiteral("No microphone"),
-             .informativeText = QStringLiteral("Please attach one."),
-             .style = AlertStyle::critical});
 }
 
 INSTANTIATE_TEST_SUITE_P(Themes, Contrast, testing::Bool(),
