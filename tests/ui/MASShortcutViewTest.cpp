@@ -9,9 +9,7 @@
 #include <QAccessible>
 #include <QApplication>
 #include <QHBoxLayout>
-#include <QHelpEvent>
 #include <QLineEdit>
-#include <QToolTip>
 
 #include "platform/Alert.h"
 #include "support/CapturedLog.h"
@@ -45,14 +43,12 @@ class ShortcutView : public testing::Test {
   }
   void TearDown() override { setAlertAnswer({}); }
 
-  /// Clicks at a place of the view's own.
-  bool click(const QWidget &widget, const QPoint &place) {
+  /// Clicks at a place of the widget's own, or only goes there.
+  static bool click(const QWidget &widget, const QPoint &place, bool press = true) {
     const QPoint at = widget.mapToGlobal(place);
-    return xdotool({"mousemove", std::to_string(at.x()), std::to_string(at.y()), "click", "1"});
-  }
-  bool hover(const QWidget &widget, const QPoint &place) {
-    const QPoint at = widget.mapToGlobal(place);
-    return xdotool({"mousemove", std::to_string(at.x()), std::to_string(at.y())});
+    std::vector<std::string> arguments{"mousemove", std::to_string(at.x()), std::to_string(at.y())};
+    if (press) arguments.insert(arguments.end(), {"click", "1"});
+    return xdotool(arguments);
   }
   [[nodiscard]] std::string shown() const {
     return (view.title() + QLatin1Char('|') + view.hint()).toStdString();
@@ -69,69 +65,54 @@ class ShortcutView : public testing::Test {
 };
 
 TEST_F(ShortcutView, RecordsWhatIsTyped) {
-  enum class Start { empty, full };
+  using Value = std::optional<MASShortcut>;
+  const Value none;
+  const Value old = kCommandF1;
   struct Case {
     const char *what;
-    Start start;
-    std::vector<std::string> keys;
-    std::optional<MASShortcut> value;
-    bool recording;
-    const char *shown;
+    Value before;
+    const char *keys;
+    Value after;
+    const char *shown;  // ⎋ while it records
   };
   const Case cases[] = {
-      {"a shortcut",
-       Start::empty,
-       {"key", "super+shift+b"},
-       MASShortcut(11, kCommand | kShift),
-       false,
-       "⇧⌘B|✕"},
-      {"over an old one", Start::full, {"key", "F5"}, MASShortcut(96, 0), false, "F5|✕"},
-      {"not valid", Start::full, {"key", "shift+b"}, kCommandF1, true, "Type New Shortcut|⎋"},
-      {"escape keeps", Start::full, {"key", "Escape"}, kCommandF1, false, "⌘F1|✕"},
-      {"escape without a value", Start::empty, {"key", "Escape"}, {}, false, "Record Shortcut|"},
-      {"delete clears", Start::full, {"key", "BackSpace"}, {}, false, "Record Shortcut|"},
-      {"forward delete clears", Start::full, {"key", "Delete"}, {}, false, "Record Shortcut|"},
-      {"with a modifier it is a key",
-       Start::full,
-       {"key", "ctrl+Delete"},
-       MASShortcut(117, kControl),
-       false,
-       "⌃⌦|✕"},
-      {"tab goes on", Start::full, {"key", "Tab"}, kCommandF1, true, "Type New Shortcut|⎋"},
-      {"close goes on", Start::full, {"key", "super+w"}, kCommandF1, false, "⌘F1|✕"},
-      {"quit goes on", Start::full, {"key", "super+q"}, kCommandF1, false, "⌘F1|✕"},
-      {"quit and more",
-       Start::full,
-       {"key", "super+alt+q"},
-       MASShortcut(12, kCommand | kOption),
-       false,
-       "⌥⌘Q|✕"},
-      {"held modifiers",
-       Start::full,
-       {"keydown", "shift", "keydown", "super", "keydown", "ctrl"},
-       kCommandF1,
-       true,
-       "⌃⇧⌘|⎋"},
+      {"a shortcut", none, "super+shift+b", MASShortcut(11, kCommand | kShift), "⇧⌘B|✕"},
+      {"over an old one", old, "F5", MASShortcut(96, 0), "F5|✕"},
+      {"not valid", old, "shift+b", old, "Type New Shortcut|⎋"},
+      {"escape keeps", old, "Escape", old, "⌘F1|✕"},
+      {"escape without a value", none, "Escape", none, "Record Shortcut|"},
+      {"delete clears", old, "BackSpace", none, "Record Shortcut|"},
+      {"forward delete clears", old, "Delete", none, "Record Shortcut|"},
+      {"with a modifier it is a key", old, "ctrl+Delete", MASShortcut(117, kControl), "⌃⌦|✕"},
+      {"tab goes on", old, "Tab", old, "Type New Shortcut|⎋"},
+      {"close goes on", old, "super+w", old, "⌘F1|✕"},
+      {"quit goes on", old, "super+q", old, "⌘F1|✕"},
+      {"quit and more", old, "super+alt+q", MASShortcut(12, kCommand | kOption), "⌥⌘Q|✕"},
   };
   for (const Case &each : cases) {
     SCOPED_TRACE(each.what);
     view.setRecording(false);
-    view.setShortcutValue(each.start == Start::full ? std::optional(kCommandF1) : std::nullopt);
+    view.setShortcutValue(each.before);
     ASSERT_TRUE(click(view, view.shortcutRect().center()));
-    ASSERT_TRUE(shows(each.start == Start::full ? "Type New Shortcut|⎋" : "Type Shortcut|⎋"));
+    ASSERT_TRUE(shows(each.before ? "Type New Shortcut|⎋" : "Type Shortcut|⎋"));
     field.clear();
-    ASSERT_TRUE(xdotool(each.keys));
+    ASSERT_TRUE(xdotool({"key", each.keys}));
     // A key of the field's says that all before it has come.
-    if (!each.recording) {
+    const bool records = QString::fromUtf8(each.shown).endsWith(QStringLiteral("⎋"));
+    if (!records) {
       ASSERT_TRUE(runUntil([&] { return !view.isRecording(); }));
       field.setFocus();
       ASSERT_TRUE(xdotool({"key", "z"}));
       EXPECT_TRUE(runUntil([&] { return field.text() == QLatin1String("z"); })) << field.text().toStdString();
     }
     EXPECT_TRUE(shows(each.shown)) << shown();
-    EXPECT_EQ(view.isRecording(), each.recording);
-    EXPECT_EQ(view.shortcutValue(), each.value);
+    EXPECT_EQ(view.isRecording(), records);
+    EXPECT_EQ(view.shortcutValue(), each.after);
   }
+  // Held modifiers show while they are.
+  view.setRecording(true);
+  ASSERT_TRUE(xdotool({"keydown", "shift", "keydown", "super", "keydown", "ctrl"}));
+  EXPECT_TRUE(shows("⌃⇧⌘|⎋"));
   ASSERT_TRUE(xdotool({"keyup", "ctrl"}));
   EXPECT_TRUE(shows("⇧⌘|⎋"));
   ASSERT_TRUE(xdotool({"keyup", "super", "keyup", "shift"}));
@@ -139,33 +120,17 @@ TEST_F(ShortcutView, RecordsWhatIsTyped) {
 }
 
 TEST_F(ShortcutView, IsWorkedByThePointer) {
-  const auto hint = [this] { return view.hintRect().center(); };
-  ASSERT_TRUE(click(view, view.rect().center()));
-  ASSERT_TRUE(shows("Type Shortcut|⎋"));
-  ASSERT_TRUE(hover(view, hint()));
-  ASSERT_TRUE(shows("Cancel|⎋"));
-  ASSERT_TRUE(click(view, hint()));
+  for (const bool full : {false, true}) {
+    if (full) view.setShortcutValue(kCommandF1);
+    ASSERT_TRUE(click(view, view.shortcutRect().center()));
+    ASSERT_TRUE(shows(full ? "Type New Shortcut|⎋" : "Type Shortcut|⎋"));
+    ASSERT_TRUE(click(view, view.hintRect().center(), false));
+    ASSERT_TRUE(shows(full ? "Use Old Shortcut|⎋" : "Cancel|⎋"));
+    ASSERT_TRUE(click(view, view.hintRect().center()));
+    ASSERT_TRUE(shows(full ? "⌘F1|✕" : "Record Shortcut|"));
+  }
+  ASSERT_TRUE(click(view, view.hintRect().center()));
   ASSERT_TRUE(shows("Record Shortcut|"));
-  view.setShortcutValue(kCommandF1);
-  ASSERT_TRUE(click(view, view.shortcutRect().center()));
-  ASSERT_TRUE(shows("Type New Shortcut|⎋"));
-  ASSERT_TRUE(hover(view, hint()));
-  ASSERT_TRUE(shows("Use Old Shortcut|⎋"));
-  ASSERT_TRUE(click(view, hint()));
-  ASSERT_TRUE(shows("⌘F1|✕"));
-
-  const auto toolTip = [this](const QPoint &place) {
-    QHelpEvent event(QEvent::ToolTip, place, view.mapToGlobal(place));
-    QApplication::sendEvent(&view, &event);
-    return QToolTip::text().toStdString();
-  };
-  EXPECT_EQ(toolTip(hint()), "Delete shortcut");
-  EXPECT_EQ(toolTip(view.shortcutRect().center()), "Click to record new shortcut");
-  ASSERT_TRUE(click(view, hint()));
-  ASSERT_TRUE(shows("Record Shortcut|"));
-  view.setShortcutValue(kCommandF1);
-  view.setShowsDeleteButton(false);
-  EXPECT_EQ(shown(), "⌘F1|");
   view.setEnabled(false);
   ASSERT_TRUE(click(view, view.rect().center()));
   ASSERT_TRUE(click(second, second.rect().center()));
@@ -215,8 +180,6 @@ TEST_F(ShortcutView, SaysWhatIsTakenAndGoesOn) {
   ASSERT_TRUE(xdotool({"key", "super+F2"}));
   ASSERT_TRUE(runUntil([&] { return !alerts.empty(); }));
   EXPECT_EQ(alerts[0].messageText.toStdString(), "The key combination ⌘F2 cannot be used");
-  EXPECT_TRUE(alerts[0].informativeText.startsWith(QLatin1String("This combination cannot be used because")));
-  EXPECT_EQ(alerts[0].buttons, QStringList{QStringLiteral("OK")});
   EXPECT_TRUE(shows("Type Shortcut|⎋"));
   // One's own hot key is no obstacle and does not go off.
   int presses = 0;
@@ -227,13 +190,6 @@ TEST_F(ShortcutView, SaysWhatIsTakenAndGoesOn) {
   EXPECT_EQ(presses, 0);
   MASShortcutMonitor::sharedMonitor().unregisterAllShortcuts();
 }
-
-class OneWayTransformer final : public ValueTransformer {
- public:
-  [[nodiscard]] bool allowsReverseTransformation() const override { return false; }
-  [[nodiscard]] QVariant transformedValue(const QVariant &) const override { return variantOf(kCommandF2); }
-  [[nodiscard]] QVariant reverseTransformedValue(const QVariant &) const override { return {}; }
-};
 
 TEST_F(ShortcutView, KeepsItsValueInTheSettings) {
   UserDefaults &defaults = UserDefaults::standard();
@@ -254,23 +210,21 @@ TEST_F(ShortcutView, KeepsItsValueInTheSettings) {
   view.setShortcutValue(kCommandF1);
   EXPECT_EQ(second.shortcutValue(), std::nullopt);
 
-  struct Case {
-    MASShortcutView::Binding binding;
-    const char *line;
+  class OneWayTransformer final : public ValueTransformer {
+    [[nodiscard]] bool allowsReverseTransformation() const override { return false; }
+    [[nodiscard]] QVariant transformedValue(const QVariant &) const override { return variantOf(kCommandF2); }
+    [[nodiscard]] QVariant reverseTransformedValue(const QVariant &) const override { return {}; }
   };
-  for (const Case &each : {
-           Case{{&defaults, key, std::make_shared<OneWayTransformer>()},
-                "Shortcut view warning: the binding shortcutValue has a transformer that works one way only"},
-           Case{{nullptr, key, nullptr},
-                "Shortcut view error: the binding shortcutValue lacks its observed object"},
-           Case{{&defaults, QString(), nullptr},
-                "Shortcut view error: the binding shortcutValue lacks its key path"},
-       }) {
-    view.bind(each.binding);
+  const std::string label = "Shortcut view ";
+  for (const auto &[binding, line] :
+       {std::pair(MASShortcutView::Binding{&defaults, key, std::make_shared<OneWayTransformer>()},
+                  "warning: the binding shortcutValue has a transformer that works one way only"),
+        {{nullptr, key, nullptr}, "error: the binding shortcutValue lacks its observed object"},
+        {{&defaults, QString(), nullptr}, "error: the binding shortcutValue lacks its key path"}}) {
+    view.bind(binding);
     const tests::CapturedLog log;
     view.setShortcutValue(kCommandF1);
-    EXPECT_EQ(log.lines(), std::vector<std::string>{each.line});
-    EXPECT_EQ(view.shortcutValue(), kCommandF1);
+    EXPECT_EQ(log.lines(), std::vector{label + line});
     EXPECT_TRUE(defaults.dictionaryForKey(key).isEmpty());
   }
 }
