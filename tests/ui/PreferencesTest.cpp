@@ -35,12 +35,13 @@ namespace {
 using testing::ElementsAre;
 using tests::runUntil;
 
-ApplicationInformation withLinks() {
-  return ApplicationInformation::ofThisBuild({.forum = "https://forum.example/",
-                                              .fanPage = "https://fans.example/",
-                                              .microblog = "https://blog.example/",
-                                              .home = "https://home.example/"});
-}
+const DeploymentLinks kLinks{.forum = "https://forum.example/",
+                             .fanPage = "https://fans.example/",
+                             .microblog = "https://blog.example/",
+                             .home = "https://home.example/"};
+const ApplicationInformation kInformation = ApplicationInformation::ofThisBuild(kLinks);
+
+const QString kShortcutKey = QStringLiteral("customShortcut");
 
 struct PreferencesTest : testing::Test {
   PreferencesTest() { defaults.setObject(true, kLoggedInKey); }
@@ -58,8 +59,8 @@ struct PreferencesTest : testing::Test {
   static Widget &part(const QWidget &window, const char *name) {
     return *window.findChild<Widget *>(QString::fromLatin1(name));
   }
-  static QString labelled(const QWidget &window, const char *name) {
-    return part<QLabel>(window, name).text();
+  static std::string labelled(const QWidget &window, const char *name) {
+    return part<QLabel>(window, name).text().toStdString();
   }
 
   UserDefaults &defaults = UserDefaults::standard();
@@ -68,10 +69,10 @@ struct PreferencesTest : testing::Test {
 };
 
 TEST_F(PreferencesTest, MnemonicsSwitchAndStoreAndEveryWindowShowsIt) {
-  PreferencesWindowController other(withLinks(), defaults);
+  PreferencesWindowController other(kInformation, defaults);
   other.showWindow();
   other.close();
-  PreferencesWindowController window(withLinks(), defaults);
+  PreferencesWindowController window(kInformation, defaults);
   ASSERT_TRUE(shows(window));
   const std::tuple<const char *, const char *, QLatin1String> boxes[] = {
       {"alt+l", "hotwordCheckBox", kHotwordEnableKey},
@@ -99,67 +100,61 @@ TEST_F(PreferencesTest, MnemonicsSwitchAndStoreAndEveryWindowShowsIt) {
     EXPECT_TRUE(runUntil([&] { return defaults.stringForKey(kLanguageKey) == QLatin1String(code); })) << code;
     EXPECT_EQ(part<QComboBox>(other, "languageBox").currentData().toString(), QLatin1String(code));
   }
-  EXPECT_EQ(labelled(window, "accountState").toStdString(), "You are signed in.");
+  EXPECT_EQ(labelled(window, "accountState"), "You are signed in.");
   EXPECT_TRUE(type("alt+o"));
   EXPECT_TRUE(runUntil([&] { return defaults.objectForKey(kLoggedInKey) == QVariant(false); }));
-  EXPECT_EQ(labelled(other, "accountState").toStdString(), "You are not signed in.");
+  EXPECT_EQ(labelled(other, "accountState"), "You are not signed in.");
   EXPECT_FALSE(part<QPushButton>(other, "signOutButton").isEnabled());
 }
 
-TEST_F(PreferencesTest, RecordsTheShortcutUnderItsKeyAndEscapeEndsTheRecordingBeforeTheWindow) {
-  PreferencesWindowController window(withLinks(), defaults);
+TEST_F(PreferencesTest, EscapeEndsTheRecordingBeforeTheWindow) {
+  PreferencesWindowController window(kInformation, defaults);
   ASSERT_TRUE(shows(window));
   MASShortcutView &recorder = window.shortcutView();
   EXPECT_TRUE(type("alt+m"));
   EXPECT_TRUE(runUntil([&] { return !recorder.hasFocus(); }));
   EXPECT_TRUE(type("alt+s"));
   EXPECT_TRUE(runUntil([&] { return recorder.hasFocus(); }));
-  EXPECT_TRUE(type("space"));
-  EXPECT_TRUE(runUntil([&] { return recorder.isRecording(); }));
-  EXPECT_TRUE(type("Escape"));
-  EXPECT_TRUE(runUntil([&] { return !recorder.isRecording(); }));
-  EXPECT_TRUE(window.isVisible());
-  EXPECT_TRUE(type("space"));
-  EXPECT_TRUE(runUntil([&] { return recorder.isRecording(); }));
-  EXPECT_TRUE(type("super+shift+b"));
-  EXPECT_TRUE(runUntil([&] { return !recorder.isRecording(); }));
-  ASSERT_TRUE(recorder.shortcutValue());
-  EXPECT_FALSE(defaults.objectForKey(QStringLiteral("customShortcut")).isNull());
+  for (const char *keys : {"Escape", "super+shift+b"}) {
+    EXPECT_TRUE(type("space"));
+    EXPECT_TRUE(runUntil([&] { return recorder.isRecording(); }));
+    EXPECT_TRUE(type(keys));
+    EXPECT_TRUE(runUntil([&] { return !recorder.isRecording(); }));
+    EXPECT_TRUE(window.isVisible());
+  }
+  EXPECT_FALSE(defaults.objectForKey(kShortcutKey).isNull());
   EXPECT_TRUE(type("Escape"));
   EXPECT_TRUE(runUntil([&] { return !window.isVisible(); }));
 }
 
 TEST_F(PreferencesTest, SaysOfTheShortcutThatAnotherProgramHoldsIt) {
-  const QString key = QStringLiteral("customShortcut");
-  const auto recorded = [&](std::uint32_t keyCode) {
-    defaults.setObject(MASShortcut(keyCode, shortcut_modifier::kCommand).archivedData(), key);
+  const auto record = [&](std::uint32_t keyCode) {
+    defaults.setObject(MASShortcut(keyCode, shortcut_modifier::kCommand).archivedData(), kShortcutKey);
   };
   constexpr std::uint32_t kF1 = 122;
   constexpr std::uint32_t kF2 = 120;
-  constexpr std::uint8_t kPositionOfF2 = 68;
-  constexpr std::uint16_t kSuperMask = 64;
   tests::OtherProgram holder;
-  holder.grab(kPositionOfF2, kSuperMask, false);
-  recorded(kF2);
+  holder.grab(68, 64, false);  // the position of F2, with Super
+  record(kF2);
   MASShortcutBinder &binder = MASShortcutBinder::sharedBinder();
-  binder.bindShortcutWithDefaultsKey(key, [] {});
+  binder.bindShortcutWithDefaultsKey(kShortcutKey, [] {});
   {
-    PreferencesWindowController window(withLinks(), defaults);
+    PreferencesWindowController window(kInformation, defaults);
     ASSERT_TRUE(shows(window));
     const auto &note = part<QLabel>(window, "shortcutNote");
     EXPECT_TRUE(note.isVisible());
-    recorded(kF1);
+    record(kF1);
     EXPECT_TRUE(runUntil([&] { return !note.isVisible(); }));
-    recorded(kF2);
+    record(kF2);
     EXPECT_TRUE(runUntil([&] { return note.isVisible(); }));
-    defaults.removeObjectForKey(key);
+    defaults.removeObjectForKey(kShortcutKey);
     EXPECT_TRUE(runUntil([&] { return !note.isVisible(); })) << "nothing is recorded";
   }
-  binder.breakBindingWithDefaultsKey(key);
+  binder.breakBindingWithDefaultsKey(kShortcutKey);
 }
 
 TEST_F(PreferencesTest, TheKeyboardGoesThroughEveryControlAndEachHasAName) {
-  PreferencesWindowController window(withLinks(), defaults);
+  PreferencesWindowController window(kInformation, defaults);
   ASSERT_TRUE(shows(window));
   const auto tour = [&] {
     std::vector<std::string> names;
@@ -192,7 +187,7 @@ TEST_F(PreferencesTest, OpensTheLinksThatThereAreAndHidesTheOthers) {
     opened.push_back(url.toString().toStdString());
     return true;
   });
-  PreferencesWindowController window(withLinks(), defaults);
+  PreferencesWindowController window(kInformation, defaults);
   ASSERT_TRUE(shows(window));
   window.AboutTabClick();
   ASSERT_TRUE(
@@ -206,26 +201,18 @@ TEST_F(PreferencesTest, OpensTheLinksThatThereAreAndHidesTheOthers) {
   EXPECT_THAT(opened, ElementsAre("https://forum.example/", "https://fans.example/", "https://blog.example/",
                                   "https://home.example/"));
 
-  ApplicationInformation little = ApplicationInformation::ofThisBuild({.home = "https://home.example/"});
-  little.copyright.clear();
-  PreferencesWindowController other(little, defaults);
+  PreferencesWindowController other(ApplicationInformation::ofThisBuild({.home = kLinks.home}), defaults);
   other.showWindow();
-  part<QLabel>(other, "appCopyright").setText(QStringLiteral("as it was"));
   other.AboutTabClick();
-  for (const char *name : {"faqButton", "fanPageButton", "twitterButton"}) {
-    EXPECT_FALSE(part<QPushButton>(other, name).isVisible()) << name;
-  }
-  EXPECT_TRUE(part<QPushButton>(other, "tessalyButton").isVisible());
-  EXPECT_EQ(labelled(other, "appName").toStdString(), "Velmora");
-  EXPECT_EQ(labelled(other, "appVersion").toStdString(), VELMORA_VERSION);
-  EXPECT_EQ(labelled(other, "appCopyright").toStdString(), "as it was");
-  EXPECT_FALSE(part<QLabel>(other, "appIconImage").pixmap().isNull());
+  for (const char *name : {"faqButton", "fanPageButton", "twitterButton", "tessalyButton"})
+    EXPECT_EQ(part<QPushButton>(other, name).isVisible(), name == std::string("tessalyButton")) << name;
+  EXPECT_EQ(labelled(other, "appVersion"), VELMORA_VERSION);
 }
 
 TEST_F(PreferencesTest, ChoosesAmongTheMicrophonesThatAreThere) {
   tests::SoundServer server;
   server.plugMicrophone("other");
-  PreferencesWindowController window(withLinks(), defaults);
+  PreferencesWindowController window(kInformation, defaults);
   ASSERT_TRUE(shows(window));
   auto &box = part<QComboBox>(window, "microphoneBox");
   EXPECT_TRUE(runUntil([&] {
@@ -238,7 +225,6 @@ TEST_F(PreferencesTest, ChoosesAmongTheMicrophonesThatAreThere) {
   EXPECT_TRUE(runUntil([&] { return defaults.objectForKey(kInputDeviceKey).isValid(); }));
   const QString chosen = defaults.stringForKey(kInputDeviceKey);
   EXPECT_EQ(chosen, box.currentData().toString());
-  EXPECT_FALSE(box.currentText().contains(QStringLiteral("not attached")));
 
   server.unplugMicrophone("mic");
   server.unplugMicrophone("other");
@@ -256,7 +242,7 @@ TEST_F(PreferencesTest, ChoosesAmongTheMicrophonesThatAreThere) {
 TEST_F(PreferencesTest, NoLanguageHasAMnemonicTwiceOrATextCutOff) {
   for (const bool german : {false, true}) {
     ASSERT_TRUE(!german || installTranslations(QLocale(QLocale::German, QLocale::Austria)));
-    PreferencesWindowController window(withLinks(), defaults);
+    PreferencesWindowController window(kInformation, defaults);
     window.showWindow();
     EXPECT_EQ(window.windowTitle().toStdString(),
               german ? "Einstellungen von Velmora" : "Velmora Preferences");
