@@ -25,25 +25,18 @@ TEST(AssistantShortcut, PostsOncePerPressWhateverTheSettingsSay) {
   std::optional<AAShortCut> first(view);
   const AAShortCut second(otherView);
   UserDefaults &defaults = UserDefaults::standard();
-  EXPECT_EQ(defaults.dataForKey(QStringLiteral("customShortcut")),
-            MASShortcut(122, shortcut_modifier::kCommand).archivedData());
   EXPECT_EQ(view.title().toStdString(), "⌘F1");
 
   int posts = 0;
-  const auto watch = NotificationCenter::defaultCenter().addObserver(
-      QStringLiteral("ShortCutPress"), [&](const Notification &notification) {
-        EXPECT_EQ(notification.object.toMap().value(QStringLiteral("hello")).toString().toStdString(),
-                  "hello");
-        ++posts;
-      });
+  const auto watch = NotificationCenter::defaultCenter().addObserver(QStringLiteral("ShortCutPress"),
+                                                                     [&](const Notification &) { ++posts; });
   tests::OtherProgram other;
   ASSERT_TRUE(runUntil([&] { return other.hasFocus(); }));
 
   struct Step {
     const char *what;
     std::function<void()> change;
-    std::vector<const char *> posting;
-    std::vector<const char *> silent;
+    std::vector<const char *> posting, silent;
   };
   const auto set = [&](const char *key, bool value) {
     return [&defaults, key, value] { defaults.setObject(value, QString::fromLatin1(key)); };
