@@ -12,10 +12,8 @@
 #include <QLineEdit>
 
 #include "platform/Alert.h"
-#include "support/CapturedLog.h"
 #include "support/EventLoop.h"
 #include "support/OtherProgram.h"
-#include "ui/shortcut/MASDictionaryTransformer.h"
 #include "ui/shortcut/MASShortcutMonitor.h"
 
 namespace velmora {
@@ -189,32 +187,6 @@ TEST_F(ShortcutView, SaysWhatIsTakenAndGoesOn) {
   EXPECT_EQ(alerts.size(), 1U);
   EXPECT_EQ(presses, 0);
   MASShortcutMonitor::sharedMonitor().unregisterAllShortcuts();
-}
-
-TEST_F(ShortcutView, KeepsItsValueInTheSettings) {
-  UserDefaults &defaults = UserDefaults::standard();
-  const QString key = QStringLiteral("customShortcut");
-  defaults.registerDefaults({{key, kCommandF1.archivedData()}});
-  int changes = 0;
-  view.setShortcutValueChange([&](MASShortcutView &) { ++changes; });
-  view.setAssociatedUserDefaultsKey(key);
-  EXPECT_EQ(view.shortcutValue(), kCommandF1);
-  second.setAssociatedUserDefaultsKeyWithTransformerName(key, QStringLiteral("MASDictionaryTransformer"));
-  view.setShortcutValue(kCommandF2);
-  EXPECT_EQ(defaults.dictionaryForKey(key).value(QStringLiteral("keyCode")).toInt(), 120);
-  EXPECT_EQ(second.shortcutValue(), kCommandF2);
-  second.setShortcutValue({});
-  EXPECT_EQ(view.shortcutValue(), std::nullopt);
-  EXPECT_EQ(changes, 3);
-  view.setAssociatedUserDefaultsKey(QString());
-  view.setShortcutValue(kCommandF1);
-  EXPECT_EQ(second.shortcutValue(), std::nullopt);
-
-  view.bind(MASShortcutView::Binding{nullptr, key, nullptr});
-  const tests::CapturedLog log;
-  view.setShortcutValue(kCommandF2);
-  EXPECT_EQ(log.lines(), std::vector<std::string>{
-                             "Shortcut view error: the binding shortcutValue lacks its observed object"});
 }
 
 TEST_F(ShortcutView, IsAButtonForWhoDoesNotSeeIt) {

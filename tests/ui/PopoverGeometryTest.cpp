@@ -118,13 +118,12 @@ TEST(PopoverGeometry, TheOutlineIsRoundAndHasTheArrowOnItsSide) {
   }
 }
 
-TEST(PopoverGeometry, TheFrameDrawsBubbleBorderAndHighlight) {
+TEST(PopoverGeometry, TheFrameDrawsASharpBorderAndNoDarkCorners) {
   INPopoverWindowFrame frame;
   frame.resize(124, 84);
   frame.setColor(QColor(0, 0, 200, 128));
   frame.setBorderColor(Qt::red);
   frame.setBorderWidth(1);
-  frame.setTopHighlightColor(Qt::green);
   frame.setArrowDirection(up);
   QImage image(frame.size() * 2, QImage::Format_ARGB32_Premultiplied);
   image.setDevicePixelRatio(2);
@@ -133,15 +132,9 @@ TEST(PopoverGeometry, TheFrameDrawsBubbleBorderAndHighlight) {
     image.fill(Qt::transparent);
     QPainter painter(&image);
     frame.drawRect(painter);
-    painter.end();
     EXPECT_EQ(image.pixelColor(124, 80).alpha(), opaque ? 255 : 128);
-    EXPECT_EQ(image.pixelColor(24, 80), Qt::red) << "the left border lies on whole pixels";
-    EXPECT_EQ(image.pixelColor(25, 80), Qt::red);
-    EXPECT_NE(image.pixelColor(26, 80), Qt::red);
-    EXPECT_EQ(image.pixelColor(40, 27), Qt::green);
-    EXPECT_NE(image.pixelColor(124, 27), Qt::green) << "under the arrow";
-    EXPECT_EQ(image.pixelColor(24, 24), opaque ? QColor(Qt::red) : QColor(0, 0, 0, 0))
-        << "no dark corner under the mask";
+    for (const int column : {24, 25, 26}) EXPECT_EQ(image.pixelColor(column, 80) == Qt::red, column < 26);
+    EXPECT_EQ(image.pixelColor(24, 24), opaque ? QColor(Qt::red) : QColor(0, 0, 0, 0)) << "under the mask";
   }
 }
 
