@@ -111,8 +111,9 @@ class ReachabilityInNetwork : public testing::Test {
     // An earlier test may have left half of it.
     ASSERT_TRUE(ip("link set lo up"));
     ASSERT_TRUE(ip("link add v0 type veth peer name v1"));
-    ASSERT_TRUE(ip("link set v1 up"));
-    ASSERT_TRUE(ip("link set v0 up"));
+    // Without addresses of their own, whose news would come at any time in between.
+    for (const std::string link : {"v1", "v0"})
+      ASSERT_TRUE(ip("link set " + link + " addrgenmode none") && ip("link set " + link + " up"));
     ASSERT_TRUE(ip("address add 10.0.0.1/24 dev v0"));
   }
   void TearDown() override {
