@@ -3,7 +3,6 @@
 #include "assistant/dialogue/Dialogue.h"
 
 #include <gmock/gmock.h>
-#include <sys/stat.h>
 
 #include <QTimeZone>
 #include <cctype>
@@ -60,7 +59,6 @@ TEST_F(DialogueTest, Answers) {
       {"What time is it?", "It is 3:10 PM."},
       {"hey could you please tell me what time it is in new york please", "It is 9:10 AM in New York."},
       {"what time is it in auckland", "It is 3:10 AM tomorrow in Auckland."},
-      {"what time is it in honolulu", "It is 4:10 AM in Honolulu."},
       {"what is the eastern time", "It is 9:10 AM, Eastern time."},
       {"what day is it", "Today is Saturday, 21 November 2026."},
       {"what day is the third of may", "It was Sunday, 3 May 2026."},
@@ -70,43 +68,30 @@ TEST_F(DialogueTest, Answers) {
       {"when is february twenty ninth", "It is on Tuesday, 29 February 2028."},
       {"what date was last saturday", "It was Saturday, 14 November 2026."},
       {"which day is next saturday", "It is Saturday, 28 November 2026."},
-      {"when is christmas eve", "It is on Thursday, 24 December 2026."},
       {"when is thanksgiving", "It is on Thursday, 26 November 2026."},
-      {"what date is easter", "It was Sunday, 5 April 2026."},
       {"when's easter monday", "It is on Monday, 29 March 2027."},
-      {"when is mother's day", "It is on Sunday, 9 May 2027."},
       {"how many days until new year", "It is 41 days until Friday, 1 January 2027, about 6 weeks."},
       {"how long until tomorrow", "It is 1 day until Sunday, 22 November 2026."},
       {"how long until yesterday", "That was 1 day ago."},
       {"how long until half past four", "It is 1 hour and 20 minutes until 4:30 PM."},
       {"how long until three o'clock", "It is 11 hours and 50 minutes until 3:00 AM."},
-      {"how long until quarter to one", "It is 9 hours and 35 minutes until 12:45 AM."},
       {"how many hours until eight thirty in the evening", "It is 5 hours and 20 minutes until 8:30 PM."},
-      {"how long until midnight", "It is 8 hours and 50 minutes until 12:00 AM."},
       {"what is seven plus five times two", "7 + 5 × 2 = 17"},
       {"what is ten minus four minus three", "10 − 4 − 3 = 3"},
       {"what is minus five times two point five", "-5 × 2.5 = -12.5"},
       {"two thousand and five divided by three", "2,005 ÷ 3 ≈ 668.33"},
       {"what is one divided by a thousand", "1 ÷ 1,000 is less than one hundredth."},
-      {"what is one million times one million", "1,000,000 × 1,000,000 = 1,000,000,000,000"},
       {"what is one million times a million times a million", "The result is too large for me."},
       {"what is five divided by zero", "Nothing can be divided by zero."},
       {"take three from ten", "10 − 3 = 7"},
-      {"multiply sixteen by four", "16 × 4 = 64"},
-      {"divide one by zero", "Nothing can be divided by zero."},
       {"what is fifteen percent of eighty", "15% of 80 = 12"},
-      {"what is three cubed", "3^3 = 27"},
       {"two to the tenth power", "2^10 = 1,024"},
-      {"what is two to the power of zero point five", "2^0.5 ≈ 1.41"},
       {"what is the difference between three and seven", "7 − 3 = 4"},
-      {"what is the quotient of three and zero", "Nothing can be divided by zero."},
       {"how much is ten take away three", "10 − 3 = 7"},
       {"what is zero to the power of minus one", "That cannot be calculated."},
       {"what is the square root of minus four", "A negative number has no real square root."},
       {"what's the cube root of minus twenty seven", "The cube root of -27 = -3"},
-      {"what is the square of nine", "9^2 = 81"},
       {"convert minus forty degrees celsius to fahrenheit", "-40° Celsius = -40° Fahrenheit."},
-      {"how many grams are in half a pound", "0.5 pounds ≈ 226.8 grams."},
       {"how many miles are in an inch", "1 inch ≈ 0.0000158 miles."},
       {"convert ten miles to pounds", "Miles cannot be converted to pounds."},
       {"roll three dice", "You rolled 1, 1 and 1, together 3."},
@@ -128,16 +113,13 @@ TEST_F(DialogueTest, ChangesTheVolumeWithinItsRange) {
     int volume;
     std::optional<int> changed;
   } cases[] = {{"turn it up", 50, 70},
-               {"louder", 95, 100},
                {"volume up", 100, {}},
                {"turn the volume down", 20, 10},
                {"quieter", 10, {}},
                {"set the volume to zero percent", 60, 10},
                {"set the volume to forty", 60, 40},
                {"set the volume to maximum", 60, 100},
-               {"turn it all the way up", 60, 100},
-               {"turn the volume all the way down", 60, 10},
-               {"what time is it", 60, {}}};
+               {"turn it all the way up", 60, 100}};
   for (const auto &c : cases)
     EXPECT_EQ(dialogue.answer(c.words, {.state = {}, .volume = c.volume}).volume, c.changed) << c.words;
 }
@@ -255,20 +237,7 @@ TEST_F(DialogueTest, OnlyAStateOfItsOwnGoesOn) {
   EXPECT_EQ(unmoved.pendingQuestion(genuine), "");
 }
 
-TEST(StateSealTest, KeepsItsKeyFromStartToStart) {
-  const tests::TemporaryFolder folder;
-  const auto file = folder.path() / "key";
-  const auto key = StateSeal::keyIn(file);
-  EXPECT_EQ(StateSeal::keyIn(file), key);
-  struct stat status {};
-  ASSERT_EQ(::stat(file.c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 0777, 0600U);
-  std::ofstream(file) << "damaged";
-  EXPECT_NE(StateSeal::keyIn(file), key);
-  EXPECT_THROW((void)StateSeal::keyIn(folder.path() / "no" / "key"), std::runtime_error);
-}
-
-TEST(StateSealTest, TwoThatStartAtOnceHaveOneKey) {
+TEST(StateSealTest, StartsOfOneUserHaveOneKey) {
   const tests::TemporaryFolder folder;
   for (int round = 0; round < 20; ++round) {
     const auto file = folder.path() / std::to_string(round);
@@ -277,57 +246,48 @@ TEST(StateSealTest, TwoThatStartAtOnceHaveOneKey) {
     const StateSeal::Key two = StateSeal::keyIn(file);
     other.join();
     EXPECT_EQ(one, two);
+    EXPECT_EQ(StateSeal::keyIn(file), two) << "kept";
+    EXPECT_EQ(std::filesystem::status(file).permissions(), std::filesystem::perms(0600));
+    std::ofstream(file) << "damaged";
+    EXPECT_NE(StateSeal::keyIn(file), two);
   }
+  EXPECT_THROW((void)StateSeal::keyIn(folder.path() / "no" / "key"), std::runtime_error);
 }
 
-TEST(ShoppingListTest, TwoProcessesLoseNothingOfOneAnother) {
-  const tests::TemporaryFolder folder;
-  const auto file = folder.path() / "list";
-  const auto addTwenty = [&](const std::string &name) {
+struct ShoppingListTest : testing::Test {
+  tests::TemporaryFolder folder;
+  const std::filesystem::path file = folder.path() / "place" / "list";
+};
+
+TEST_F(ShoppingListTest, TwoProcessesLoseNothingOfOneAnotherUntilItIsFull) {
+  std::filesystem::create_directory(file.parent_path());
+  const auto addHalf = [&](const std::string &name) {
     ShoppingList list(file);
-    for (int i = 0; i < 20; ++i) EXPECT_TRUE(list.add(name + std::to_string(i)));
+    for (std::size_t i = 0; i < ShoppingList::kMostItems / 2; ++i)
+      EXPECT_TRUE(list.add(name + std::to_string(i)));
   };
-  std::thread other([&] { addTwenty("milk "); });
-  addTwenty("eggs ");
+  std::thread other([&] { addHalf("milk "); });
+  addHalf("eggs ");
   other.join();
-  EXPECT_EQ(ShoppingList(file).items().size(), 40U);
-  EXPECT_TRUE(ShoppingList(file).isOnDisk());
-
-  // What could not be written does not hide what another one has written since.
-  ShoppingList kept(folder.path() / "later" / "list");
-  EXPECT_TRUE(kept.add("milk"));
-  std::filesystem::create_directory(folder.path() / "later");
-  EXPECT_TRUE(ShoppingList(folder.path() / "later" / "list").add("bread"));
-  EXPECT_THAT(kept.items(), ElementsAre("bread"));
+  ShoppingList full(file);
+  EXPECT_TRUE(full.isOnDisk());
+  EXPECT_EQ(full.items().size(), ShoppingList::kMostItems);
+  EXPECT_FALSE(full.add("one too many"));
+  EXPECT_TRUE(full.add("milk 0")) << "it is there already";
+  EXPECT_TRUE(full.remove("milk 7"));
+  EXPECT_FALSE(full.remove("milk 7"));
 }
 
-TEST(ShoppingListTest, IsOnDiskAndHasAnEnd) {
-  const tests::TemporaryFolder folder;
-  const auto file = folder.path() / "list";
-  {
-    ShoppingList list(file);
-    EXPECT_TRUE(list.items().empty());
-    for (std::size_t i = 0; i < ShoppingList::kMostItems; ++i)
-      EXPECT_TRUE(list.add("item " + std::to_string(i)));
-    EXPECT_FALSE(list.add("one too many"));
-    EXPECT_TRUE(list.add("item 0"));
-  }
-  ShoppingList again(file);
-  EXPECT_EQ(again.items().size(), ShoppingList::kMostItems);
-  EXPECT_TRUE(again.remove("item 7"));
-  EXPECT_FALSE(again.remove("item 7"));
-  EXPECT_TRUE(again.isOnDisk());
-}
-
-TEST(ShoppingListTest, LastsAsLongAsTheProgramWhereItCannotBeWritten) {
-  const tests::TemporaryFolder folder;
-  ShoppingList list(folder.path() / "later" / "list");
-  EXPECT_TRUE(list.add("milk"));
+TEST_F(ShoppingListTest, WhatCannotBeWrittenLastsAsLongAsTheProgram) {
+  ShoppingList list(file);
+  ShoppingList hidden(file);
+  EXPECT_TRUE(list.add("milk") && hidden.add("wine"));
   EXPECT_FALSE(list.isOnDisk());
-  std::filesystem::create_directory(folder.path() / "later");
+  std::filesystem::create_directory(file.parent_path());
   EXPECT_TRUE(list.add("eggs"));
   EXPECT_TRUE(list.isOnDisk());
-  EXPECT_EQ(readFile(folder.path() / "later" / "list"), "milk\neggs\n");
+  EXPECT_EQ(readFile(file), "milk\neggs\n");
+  EXPECT_THAT(hidden.items(), ElementsAre("milk", "eggs")) << "what another one has written since";
 }
 
 TEST_F(DialogueTest, NothingInTheFileOfTheShoppingListBreaksAnAnswer) {
@@ -341,10 +301,7 @@ TEST_F(DialogueTest, NothingInTheFileOfTheShoppingListBreaksAnAnswer) {
                {std::string(500, '\x01') + "\n", {}},
                {std::string(300, '"') + "\n", {std::string(100, '"')}}};
   const tests::TemporaryFolder folder;
-  for (const auto &c : cases) {
-    const ShoppingList held(folder.write("list", c.held));
-    EXPECT_EQ(held.items(), c.items);
-  }
+  for (const auto &c : cases) EXPECT_EQ(ShoppingList(folder.write("list", c.held)).items(), c.items);
   // Each of these takes two characters in the state: too many to be kept, and no reason not to answer.
   for (int i = 0; i < 10; ++i) list.add(std::string(60, '"') + std::to_string(i));
   const Reply reply = dialogue.answer("read my shopping list", {});
