@@ -59,37 +59,27 @@ TEST_F(DialogueTest, Answers) {
       {"What time is it?", "It is 3:10 PM."},
       {"hey could you please tell me what time it is in new york please", "It is 9:10 AM in New York."},
       {"what time is it in auckland", "It is 3:10 AM tomorrow in Auckland."},
-      {"what is the eastern time", "It is 9:10 AM, Eastern time."},
       {"what day is it", "Today is Saturday, 21 November 2026."},
       {"what day is the third of may", "It was Sunday, 3 May 2026."},
-      {"what day is december thirty first", "It is Thursday, 31 December 2026."},
       {"what day will it be in two weeks", "It is Saturday, 5 December 2026."},
       {"what day is the thirty first of june", "There is no such day as the thirty first of june."},
       {"when is february twenty ninth", "It is on Tuesday, 29 February 2028."},
       {"what date was last saturday", "It was Saturday, 14 November 2026."},
       {"which day is next saturday", "It is Saturday, 28 November 2026."},
-      {"when is thanksgiving", "It is on Thursday, 26 November 2026."},
       {"when's easter monday", "It is on Monday, 29 March 2027."},
       {"how many days until new year", "It is 41 days until Friday, 1 January 2027, about 6 weeks."},
       {"how long until tomorrow", "It is 1 day until Sunday, 22 November 2026."},
       {"how long until yesterday", "That was 1 day ago."},
-      {"how long until half past four", "It is 1 hour and 20 minutes until 4:30 PM."},
       {"how long until three o'clock", "It is 11 hours and 50 minutes until 3:00 AM."},
       {"how many hours until eight thirty in the evening", "It is 5 hours and 20 minutes until 8:30 PM."},
       {"what is seven plus five times two", "7 + 5 × 2 = 17"},
       {"what is ten minus four minus three", "10 − 4 − 3 = 3"},
       {"what is minus five times two point five", "-5 × 2.5 = -12.5"},
-      {"two thousand and five divided by three", "2,005 ÷ 3 ≈ 668.33"},
       {"what is one divided by a thousand", "1 ÷ 1,000 is less than one hundredth."},
       {"what is one million times a million times a million", "The result is too large for me."},
       {"what is five divided by zero", "Nothing can be divided by zero."},
-      {"take three from ten", "10 − 3 = 7"},
       {"what is fifteen percent of eighty", "15% of 80 = 12"},
       {"two to the tenth power", "2^10 = 1,024"},
-      {"what is the difference between three and seven", "7 − 3 = 4"},
-      {"how much is ten take away three", "10 − 3 = 7"},
-      {"what is zero to the power of minus one", "That cannot be calculated."},
-      {"what is the square root of minus four", "A negative number has no real square root."},
       {"what's the cube root of minus twenty seven", "The cube root of -27 = -3"},
       {"convert minus forty degrees celsius to fahrenheit", "-40° Celsius = -40° Fahrenheit."},
       {"how many miles are in an inch", "1 inch ≈ 0.0000158 miles."},
@@ -112,16 +102,12 @@ TEST_F(DialogueTest, ChangesTheVolumeWithinItsRange) {
     const char *words;
     int volume;
     std::optional<int> changed;
-  } cases[] = {{"turn it up", 50, 70},
-               {"volume up", 100, {}},
-               {"turn the volume down", 20, 10},
-               {"quieter", 10, {}},
-               {"set the volume to zero percent", 60, 10},
-               {"set the volume to forty", 60, 40},
-               {"set the volume to maximum", 60, 100},
-               {"turn it all the way up", 60, 100}};
-  for (const auto &c : cases)
-    EXPECT_EQ(dialogue.answer(c.words, {.state = {}, .volume = c.volume}).volume, c.changed) << c.words;
+  } cases[] = {
+    {"turn it up", 50, 70}, {"turn the volume down", 20, 10}, {"set the volume to zero percent", 60, 10},
+    {"set the volume to forty", 60, 40}, {"set the volume to maximum", 60, 100},
+    for (const auto &c
+         : cases) EXPECT_EQ(dialogue.answer(c.words, {.state = {}, .volume = c.volume}).volume, c.changed)
+        << c.words;
 }
 
 /// One thing said and what comes of it.

@@ -12,7 +12,6 @@
 namespace velmora {
 namespace {
 
-using namespace std::chrono_literals;
 using State = EndOfUtterance::State;
 using tests::joined;
 using tests::mixed;
@@ -21,6 +20,7 @@ using tests::Samples;
 using tests::silence;
 using tests::Speaker;
 using tests::spoken;
+using tests::trimmed;
 
 constexpr std::size_t kMillisecond = 16;
 constexpr std::size_t kSecond = 16000;
@@ -29,7 +29,6 @@ struct Outcome {
   State state;
   EndOfUtterance::Range utterance;
   std::size_t fed;  ///< up to the piece after which the state was decided; counted in samples
-  bool operator==(const Outcome &) const = default;
 };
 
 /// Feeds `stream` as a microphone does, in pieces, until the end is found or the stream is over.
@@ -53,13 +52,6 @@ const Samples &question() {
   return speech;
 }
 
-/// Without what flite leaves before and after the words.
-Samples trimmed(const Samples &speech) {
-  const auto loud = [](std::int16_t sample) { return std::abs(sample) > 300; };
-  return {std::find_if(speech.begin(), speech.end(), loud),
-          std::find_if(speech.rbegin(), speech.rend(), loud).base()};
-}
-
 Samples room(std::size_t count, double level = -65.0) { return pinkNoise(count, level, 3); }
 
 Samples click() {
@@ -68,34 +60,26 @@ Samples click() {
   return samples;
 }
 
-Samples hum(std::size_t count, double frequency, double amplitude) {
-  Samples samples(count);
-  for (std::size_t i = 0; i < count; ++i) {
-    samples[i] = static_cast<std::int16_t>(
-        1000.0 + amplitude * std::sin(6.283185307179586 * frequency * static_cast<double>(i) / 16000.0));
-  }
+/// `samples` with clicks at these milliseconds.
+Samples clicked(Samples samples, const std::vector<std::size_t> &times) {
+  const Samples one = click();
+  for (const std::size_t time : times)
+    std::copy(one.begin(), one.end(), samples.begin() + static_cast<std::ptrdiff_t>(time * kMillisecond));
   return samples;
 }
 
 TEST(EndOfUtterance, NothingButSpeechBeginsARequest) {
-  Samples typing = room(9 * kSecond);
-  for (std::size_t at = 0; at + kSecond < typing.size(); at += 150 * kMillisecond) {
-    const Samples one = click();
-    std::copy(one.begin(), one.end(), typing.begin() + static_cast<std::ptrdiff_t>(at));
-  }
+  std::vector<std::size_t> keys;
+  for (std::size_t time = 0; time < 8000; time += 150) keys.push_back(time);
   const struct {
     const char *what;
     Samples stream;
-  } cases[] = {
-      {"digital silence", silence(9000)},
-      {"faint noise", pinkNoise(9 * kSecond, -75.0)},
-      {"noise", pinkNoise(9 * kSecond, -45.0)},
-      {"loud noise", pinkNoise(9 * kSecond, -20.0)},
-      {"a microphone that starts late", joined({silence(700), pinkNoise(9 * kSecond, -45.0)})},
-      {"a microphone that is muted", joined({pinkNoise(kSecond, -45.0), silence(8500)})},
-      {"typing", typing},
-      {"clicks in digital silence", joined({silence(1000), click(), silence(300), click(), silence(8000)})},
-      {"hum with an offset", hum(9 * kSecond, 60.0, 2000.0)}};
+  } cases[] = {{"digital silence", silence(9000)},
+               {"loud noise", pinkNoise(9 * kSecond, -20.0)},
+               {"a microphone that starts late", joined({silence(700), pinkNoise(9 * kSecond, -45.0)})},
+               {"a microphone that is muted", joined({pinkNoise(kSecond, -45.0), silence(8500)})},
+               {"typing", clicked(room(9 * kSecond), keys)},
+               {"clicks in digital silence", clicked(silence(9000), {1000, 1320})}};
   for (const auto &c : cases) {
     const Outcome outcome = listen(c.stream);
     EXPECT_EQ(outcome.state, State::nothingSaid) << c.what;
@@ -110,13 +94,10 @@ TEST(EndOfUtterance, FindsARequestWhereverItBegins) {
     Samples before;
     double noise;  ///< dB under the speech; 0: none at all
   } cases[] = {{"at the first sample, clean", {}, 0.0},
-               {"at the first sample, 20 dB", {}, 20.0},
                {"at the first sample, 10 dB", {}, 10.0},
-               {"after 0.2 s of nothing", silence(200), 0.0},
-               {"after 3 s of nothing", silence(3000), 0.0},
                {"after 3 s of nothing, 20 dB", silence(3000), 20.0},
                {"after 6 s of nothing, 10 dB", silence(6000), 10.0},
-               {"after a click", joined({silence(500), click(), silence(1500)}), 30.0}};
+               {"after a click", clicked(silence(2000), {500}), 30.0}};
   for (const auto &c : cases) {
     for (const Speaker speaker : {Speaker::slt, Speaker::awb}) {
       // Words without a pause in them, which might pass for the noise of the room.
@@ -136,31 +117,25 @@ TEST(EndOfUtterance, FindsARequestWhereverItBegins) {
   }
 }
 
-TEST(EndOfUtterance, ASpeakerMayPause) {
+TEST(EndOfUtterance, APauseEndsIfItIsLongWhateverClicksInIt) {
   const Samples begin = trimmed(spoken("what is", Speaker::slt));
   const Samples end = trimmed(spoken("seven plus five", Speaker::slt));
-  const Samples quiet = room(600 * kMillisecond, -70.0);
-  const Samples stream = joined({room(kSecond, -70.0), begin, quiet, end, room(2 * kSecond, -70.0)});
-  const Outcome outcome = listen(stream);
-  EXPECT_EQ(outcome.state, State::ended);
-  EXPECT_GT(outcome.utterance.end, kSecond + begin.size() + quiet.size() + end.size());
-
-  const Samples longer =
-      joined({room(kSecond, -70.0), begin, room(kSecond, -70.0), end, room(kSecond, -70.0)});
-  EXPECT_LT(listen(longer).utterance.end, kSecond + begin.size() + 600 * kMillisecond);
-}
-
-TEST(EndOfUtterance, ClicksDoNotPutOffTheEnd) {
-  Samples after = room(3 * kSecond);
-  for (const std::size_t at : {300U, 550U, 700U}) {
-    const Samples one = click();
-    std::copy(one.begin(), one.end(), after.begin() + static_cast<std::ptrdiff_t>(at * kMillisecond));
+  const struct {
+    Samples pause;
+    bool goesOn;
+  } cases[] = {
+      {silence(600), true}, {silence(1000), false}, {clicked(silence(3000), {300, 550, 700}), false}};
+  for (const auto &c : cases) {
+    const Samples stream = joined({silence(1000), begin, c.pause, end, silence(2000)});
+    const Outcome outcome = listen(mixed(stream, room(stream.size())));
+    EXPECT_EQ(outcome.state, State::ended);
+    const std::size_t pause = kSecond + begin.size();
+    if (c.goesOn) {
+      EXPECT_GT(outcome.utterance.end, pause + c.pause.size() + end.size());
+    } else {
+      EXPECT_LT(outcome.fed, pause + kSecond);
+    }
   }
-  const Samples before = joined({room(kSecond), mixed(question(), room(question().size()))});
-  const Outcome quiet = listen(joined({before, room(3 * kSecond)}));
-  const Outcome clicked = listen(joined({before, after}));
-  ASSERT_EQ(clicked.state, State::ended);
-  EXPECT_LE(clicked.fed, quiet.fed + 100 * kMillisecond);
 }
 
 TEST(EndOfUtterance, NobodySpeaksForEver) {

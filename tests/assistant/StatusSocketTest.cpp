@@ -17,7 +17,17 @@ namespace {
 
 using ::testing::ElementsAre;
 
-TEST(StatusSocketTest, GivesOnePlainLineHoweverMuchIsSaid) {
+struct StatusSocketTest : testing::Test {
+  [[nodiscard]] bool waitForCaller() const {
+    pollfd wait{.fd = socket.descriptor(), .events = POLLIN, .revents = 0};
+    return ::poll(&wait, 1, -1) == 1;
+  }
+
+  const tests::TemporaryFolder folder;
+  const StatusSocket socket{folder.path()};
+};
+
+TEST_F(StatusSocketTest, GivesOnePlainLineHoweverMuchIsSaid) {
   const struct {
     std::string said;
     std::optional<std::string> told;
@@ -26,20 +36,13 @@ TEST(StatusSocketTest, GivesOnePlainLineHoweverMuchIsSaid) {
                {std::string(6000, 'x'), std::string(4096, 'x')},
                {"", std::nullopt}};
   for (const auto &c : cases) {
-    const tests::TemporaryFolder folder;
-    const StatusSocket socket(folder.path());
-    std::thread service([&] {
-      pollfd wait{.fd = socket.descriptor(), .events = POLLIN, .revents = 0};
-      EXPECT_TRUE(::poll(&wait, 1, -1) == 1 && socket.answer(c.said));
-    });
+    std::thread service([&] { EXPECT_TRUE(waitForCaller() && socket.answer(c.said)); });
     EXPECT_EQ(StatusSocket::ask(folder.path()), c.told);
     service.join();
   }
 }
 
-TEST(StatusSocketTest, NobodyWaitsForEverForAServiceThatStandsStill) {
-  const tests::TemporaryFolder folder;
-  const StatusSocket socket(folder.path());
+TEST_F(StatusSocketTest, NobodyWaitsForEverForAServiceThatStandsStill) {
   // More than may wait at the socket: the last ones cannot even connect.
   std::vector<std::thread> callers;
   callers.reserve(12);
@@ -49,13 +52,10 @@ TEST(StatusSocketTest, NobodyWaitsForEverForAServiceThatStandsStill) {
   EXPECT_EQ(StatusSocket::ask(folder.path()), std::nullopt) << "those who have gone still stand in the way";
 }
 
-TEST(StatusSocketTest, SaysThatNobodyCouldBeAnswered) {
-  const tests::TemporaryFolder folder;
-  const StatusSocket socket(folder.path());
+TEST_F(StatusSocketTest, SaysThatNobodyCouldBeAnswered) {
   EXPECT_FALSE(socket.answer("x")) << "nobody is there";
   std::thread caller([&] { EXPECT_EQ(StatusSocket::ask(folder.path()), "x"); });
-  pollfd wait{.fd = socket.descriptor(), .events = POLLIN, .revents = 0};
-  ASSERT_EQ(::poll(&wait, 1, -1), 1);
+  ASSERT_TRUE(waitForCaller());
   rlimit limit{};
   ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &limit), 0);
   const rlimit none{.rlim_cur = 0, .rlim_max = limit.rlim_max};

@@ -44,6 +44,22 @@ inline void writeAudio(const std::filesystem::path &path, const std::vector<floa
   if (!written) throw std::runtime_error(path.string() + ": " + sf_strerror(file.get()));
 }
 
+/// What a file of sound holds, as libsndfile reads it.
+struct Sound {
+  SF_INFO format{};
+  std::vector<std::int16_t> samples;
+};
+inline Sound readAudio(const std::filesystem::path &path) {
+  Sound sound;
+  const std::unique_ptr<SNDFILE, decltype([](SNDFILE *f) { sf_close(f); })> file(
+      sf_open(path.c_str(), SFM_READ, &sound.format));
+  if (!file) throw std::runtime_error(path.string() + ": " + sf_strerror(nullptr));
+  std::vector<std::int16_t> piece(4096);
+  for (sf_count_t count = 0; (count = sf_read_short(file.get(), piece.data(), 4096)) > 0;)
+    sound.samples.insert(sound.samples.end(), piece.begin(), piece.begin() + count);
+  return sound;
+}
+
 /// A sine of `hertz` with one amplitude for each channel.
 inline std::vector<float> tone(double hertz, double seconds, int rate,
                                const std::vector<double> &amplitudes) {

@@ -26,6 +26,12 @@ Samples spoken(std::string_view text, Speaker speaker) {
   return samples;
 }
 
+Samples trimmed(const Samples &speech) {
+  const auto isLoud = [](std::int16_t sample) { return std::abs(sample) > 300; };
+  return {std::find_if(speech.begin(), speech.end(), isLoud),
+          std::find_if(speech.rbegin(), speech.rend(), isLoud).base()};
+}
+
 Samples pinkNoise(std::size_t count, double level, unsigned seed) {
   // White noise through first-order low passes an octave or two apart, whose sum falls by 3 dB an octave.
   constexpr double kPoles[] = {0.99765, 0.96300, 0.57000};

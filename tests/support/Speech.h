@@ -18,6 +18,9 @@ enum class Speaker { slt, awb };
 
 [[nodiscard]] Samples spoken(std::string_view text, Speaker speaker);
 
+/// Speech without what the synthesiser leaves before and after the words.
+[[nodiscard]] Samples trimmed(const Samples &speech);
+
 /// Noise with equal power in each octave, at `level` dBFS (mean power). The same for the same `seed`.
 [[nodiscard]] Samples pinkNoise(std::size_t count, double level, unsigned seed = 1);
 
