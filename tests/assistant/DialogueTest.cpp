@@ -102,12 +102,15 @@ TEST_F(DialogueTest, ChangesTheVolumeWithinItsRange) {
     const char *words;
     int volume;
     std::optional<int> changed;
-  } cases[] = {
-    {"turn it up", 50, 70}, {"turn the volume down", 20, 10}, {"set the volume to zero percent", 60, 10},
-    {"set the volume to forty", 60, 40}, {"set the volume to maximum", 60, 100},
-    for (const auto &c
-         : cases) EXPECT_EQ(dialogue.answer(c.words, {.state = {}, .volume = c.volume}).volume, c.changed)
-        << c.words;
+  } cases[] = {{"turn it up", 50, 70},
+               {"louder", 95, 100},
+               {"volume up", 100, {}},
+               {"turn the volume down", 20, 10},
+               {"set the volume to zero percent", 60, 10},
+               {"set the volume to forty", 60, 40},
+               {"set the volume to maximum", 60, 100}};
+  for (const auto &c : cases)
+    EXPECT_EQ(dialogue.answer(c.words, {.state = {}, .volume = c.volume}).volume, c.changed) << c.words;
 }
 
 /// One thing said and what comes of it.
