@@ -17,7 +17,7 @@
 #include <thread>
 
 #include "auth/TokenStore.h"
-#include "platform/audio/AudioFile.h"
+#include "support/AudioFiles.h"
 #include "support/UserSession.h"
 #include "support/Waiting.h"
 
@@ -102,9 +102,7 @@ class Pictures {
     if (m_read > 0) UserSession::type({"space"});
     waitFor("audio listening..", m_read);
     std::this_thread::sleep_for(kPage);
-    AudioFile file(fs::path(VELMORA_QUESTIONS) / question);
-    std::vector<std::int16_t> samples(static_cast<std::size_t>(10 * AudioSource::sampleRate));
-    samples.resize(file.read(samples).samples);
+    const auto samples = tests::readAudio(fs::path(VELMORA_QUESTIONS) / question).samples;
     std::thread speaker([&] { m_session.sound().say(samples, "mic", AudioSource::sampleRate); });
     std::this_thread::sleep_for(3 * kMoment);
     if (!picture.empty()) saveWindow(picture);

@@ -10,12 +10,25 @@
 #include <QProcessEnvironment>
 #include <QStringList>
 #include <csignal>
+#include <filesystem>
 #include <fstream>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace velmora::tests {
+
+/// The processes that a process has started, zombies included.
+[[nodiscard]] inline std::vector<pid_t> childrenOf(pid_t process) {
+  std::vector<pid_t> all;
+  std::error_code gone;
+  const std::string tasks = "/proc/" + std::to_string(process) + "/task";
+  for (const auto &thread : std::filesystem::directory_iterator(tasks, gone)) {
+    std::ifstream file(thread.path() / "children");
+    for (pid_t child = 0; file >> child;) all.push_back(child);
+  }
+  return all;
+}
 
 /// A built program, looked at from outside. Waits at most a minute for whatever it waits for.
 class Program {
@@ -98,13 +111,7 @@ class Program {
   }
 
   /// The processes that it started and that still run.
-  [[nodiscard]] std::vector<pid_t> children() const {
-    const std::string id = std::to_string(pid());
-    std::ifstream in("/proc/" + id + "/task/" + id + "/children");
-    std::vector<pid_t> found;
-    for (pid_t child = 0; in >> child;) found.push_back(child);
-    return found;
-  }
+  [[nodiscard]] std::vector<pid_t> children() const { return childrenOf(pid()); }
 
  private:
   static constexpr int kLimit = 60'000;

@@ -104,16 +104,6 @@ ProcessFigures ProcessFigures::of(pid_t process) {
           .children = static_cast<long>(childrenOf(process).size())};
 }
 
-std::vector<pid_t> childrenOf(pid_t process) {
-  std::vector<pid_t> all;
-  std::error_code gone;
-  for (const auto &thread : fs::directory_iterator("/proc/" + std::to_string(process) + "/task", gone)) {
-    std::ifstream file(thread.path() / "children");
-    for (pid_t child = 0; file >> child;) all.push_back(child);
-  }
-  return all;
-}
-
 std::string nameOf(pid_t process) {
   std::ifstream file("/proc/" + std::to_string(process) + "/comm");
   std::string name;

@@ -68,8 +68,6 @@ struct ProcessFigures {
   [[nodiscard]] static ProcessFigures of(pid_t process);
 };
 
-/// The processes that a process has started, zombies included.
-[[nodiscard]] std::vector<pid_t> childrenOf(pid_t process);
 /// At most fifteen characters of its name; empty when there is none.
 [[nodiscard]] std::string nameOf(pid_t process);
 
