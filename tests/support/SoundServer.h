@@ -10,8 +10,7 @@
 //   server.say(samples);               // into the microphone
 #pragma once
 
-#include <sys/types.h>
-
+#include <atomic>
 #include <condition_variable>
 #include <cstdint>
 #include <memory>
@@ -21,6 +20,8 @@
 #include <vector>
 
 #include "support/TemporaryFolder.h"
+
+class QProcess;
 
 namespace velmora::tests {
 
@@ -39,11 +40,10 @@ class Recording {
 
  private:
   friend class SoundServer;
-  explicit Recording(const std::string &monitor);
-  void receive();
+  explicit Recording(std::string monitor);
+  void receive(const std::string &device);
 
-  pid_t m_recorder = -1;
-  int m_output = -1;
+  std::atomic<bool> m_isOver = false;
   mutable std::mutex m_mutex;
   mutable std::condition_variable m_changed;
   std::vector<std::int16_t> m_samples;
@@ -92,7 +92,7 @@ class SoundServer {
   [[nodiscard]] std::string module(const std::vector<std::string> &arguments) const;
 
   TemporaryFolder m_folder;
-  pid_t m_server = -1;
+  std::unique_ptr<QProcess> m_server;
   std::vector<std::pair<std::string, std::vector<std::string>>> m_modules;  // of each microphone
 };
 
