@@ -83,7 +83,7 @@ TEST_F(ConverseTest, AnAddressRootsAndATokenNeedNoDeployment) {
     int status;
     const char *says;
   } cases[] = {{own.at("address"), 0, ""},
-               {ready(other).at("address"), 14, "cannot be reached [^\n]*--roots[^\n]*\n"},
+               {ready(other).at("address"), 14, "cannot be reached[^\n]*--roots[^\n]*\n"},
                {"localhost:1", 14, "the service at localhost:1 cannot be reached[^\n]*\n"}};
   for (const auto &c : cases) {
     const Outcome outcome = converse(
