@@ -5,7 +5,6 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <cmath>
 
 #include "support/Speech.h"
 

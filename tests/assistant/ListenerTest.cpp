@@ -4,8 +4,6 @@
 
 #include <gmock/gmock.h>
 
-#include <thread>
-
 #include "support/Speech.h"
 #include "support/Waiting.h"
 
