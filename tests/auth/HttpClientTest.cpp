@@ -57,7 +57,7 @@ TEST_F(HttpClientTest, TakesEveryJsonAnswerAndNoOther) {
       {"/html", {{.body = kSecret, .type = "text/html"}, "the answer is no JSON (HTTP status 200)"}},
       {"/large", {{.body = large}, "JSON"}},
       {"/larger", {{.body = large + ' '}, "the answer is too large"}},
-      {"/larger-chunks", {{.body = large + ' ', .chunked = true}, "the answer is too large"}},
+      {"/larger-chunks", {{.chunked = true, .body = large + ' '}, "the answer is too large"}},
       {"/here", {{.status = 307, .headers = {{"Location", "/ok"}}}, "JSON"}},
       {"/elsewhere", {{.status = 307, .headers = {{"Location", elsewhere.url("/")}}}, "edirect"}},
       {"/file", {{.status = 307, .headers = {{"Location", "file:///etc/hostname"}}}, "rotocol"}},

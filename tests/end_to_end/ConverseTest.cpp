@@ -38,9 +38,9 @@ TEST_F(ConverseTest, InRealTimeItPrintsARequestAndAnAnswerAndNothingElse) {
 }
 
 TEST_F(ConverseTest, QuestionsOfFilesAndOfStandardInputMakeOneConversation) {
+  const std::string first = VELMORA_QUESTIONS "/09-lets-play-a-guessing-game.wav";
   Program program(VELMORA_CONVERSE,
-                  {"--local", "--fast", "--json", "--save-answer", m_home.path() / "answer.mp3",
-                   VELMORA_QUESTIONS "/09-lets-play-a-guessing-game.wav", "-"},
+                  {"--local", "--fast", "--json", "--save-answer", m_home.path() / "answer.mp3", first, "-"},
                   environment());
   constexpr std::size_t kHeader = 44;  // bytes of a WAV file before its samples
   program.say(readFile(VELMORA_QUESTIONS "/12-stop-the-game.wav").substr(kHeader));

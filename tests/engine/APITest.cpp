@@ -148,23 +148,23 @@ TEST(API, ReportsEachResponseInOrderAndKeepsStateAndFollowUpOfTheLastOne) {
   const struct {
     std::vector<Response> responses;
     std::vector<std::string> heard;
-    bool followUp;
     std::optional<std::string> state;
+    bool followUp;
     StatusCode end = StatusCode::ok;
   } cases[] = {{{endOfUtterance(), resultOf("what time is it"), soundOf("mp3-"), soundOf("data"),
                  resultOf("", "It is noon", stateOf("s"))},
                 {waits, "stop", "request what time is it", waits, waits, waits, "response It is noon",
                  "play mp3-data"},
-                false,
-                stateOf("s")},
+                stateOf("s"),
+                false},
                {{resultOf("", "Without a sound", withUnknownField, Mode::dialogFollowOn)},
                 {"response Without a sound"},
-                true,
-                withUnknownField},
-               {{asking(stateOf("s")), soundOf("last")}, {waits, waits, "play last"}, false, ""},
-               {{asking(stateOf("s")), asking(unparsable)}, {waits, waits}, true, std::nullopt},
-               {{soundOf("half")}, {waits, "play half"}, false, "", StatusCode::unavailable},
-               {{}, {}, false, std::nullopt}};
+                withUnknownField,
+                true},
+               {{asking(stateOf("s")), soundOf("last")}, {waits, waits, "play last"}, "", false},
+               {{asking(stateOf("s")), asking(unparsable)}, {waits, waits}, std::nullopt, true},
+               {{soundOf("half")}, {waits, "play half"}, "", false, StatusCode::unavailable},
+               {{}, {}, std::nullopt, false}};
   for (const auto &c : cases) {
     Conversation conversation(answering(c.responses, c.end));
     conversation.turn();

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QDeadlineTimer>
 #include <QGuiApplication>
 #include <QImage>
 #include <QMenu>
@@ -128,9 +129,8 @@ TEST(StatusItem, DoesNotWaitForAPanelThatDoesNotAnswer) {
   StatusItem item;
   item.setImage(QStringLiteral("statusIcon"));
   const Tray tray;
-  bool isAsked = false;
-  QTimer::singleShot(200, [&] { isAsked = true; });
-  ASSERT_TRUE(runUntil([&] { return isAsked; }));
+  const QDeadlineTimer isAsked(200);
+  ASSERT_TRUE(runUntil([&] { return isAsked.hasExpired(); }));
   EXPECT_FALSE(item.isAvailable());
   desktop.say("disappear");
   EXPECT_TRUE(runUntil([&] { return item.isAvailable(); })) << "the tray of X11 stands in";

@@ -21,10 +21,10 @@ struct HttpRequest {
 
 struct HttpAnswer {
   int status = 200;
+  bool chunked = false;  ///< without a length told in advance
   std::string body = {};
   std::string type = "application/json";
   std::map<std::string, std::string> headers = {};
-  bool chunked = false;  ///< without a length told in advance
 };
 
 /// An HTTP server on a port of 127.0.0.1 that answers what a test tells it, on threads of its own.

@@ -183,7 +183,7 @@ void SoundServer::play(const std::vector<std::int16_t> &samples, const std::stri
   tests::start(player, "pacat",
                {"--playback", "--raw", "--format=s16le", "--rate=" + std::to_string(rate), "--channels=1",
                 "--device=" + sink});
-  player.write(reinterpret_cast<const char *>(samples.data()), static_cast<qint64>(samples.size() * 2));
+  player.write(reinterpret_cast<const char *>(samples.data()), 2 * static_cast<qint64>(samples.size()));
   player.closeWriteChannel();
   if (!hasWorked(player)) throw std::runtime_error("nothing could be said to the sound server");
 }

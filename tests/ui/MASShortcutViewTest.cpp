@@ -68,24 +68,24 @@ TEST_F(ShortcutView, RecordsWhatIsTyped) {
   const Value old = kCommandF1;
   struct Case {
     const char *what;
-    Value before;
     const char *keys;
-    Value after;
     const char *shown;  // ⎋ while it records
+    Value before;
+    Value after;
   };
   const Case cases[] = {
-      {"a shortcut", none, "super+shift+b", MASShortcut(11, kCommand | kShift), "⇧⌘B|✕"},
-      {"over an old one", old, "F5", MASShortcut(96, 0), "F5|✕"},
-      {"not valid", old, "shift+b", old, "Type New Shortcut|⎋"},
-      {"escape keeps", old, "Escape", old, "⌘F1|✕"},
-      {"escape without a value", none, "Escape", none, "Record Shortcut|"},
-      {"delete clears", old, "BackSpace", none, "Record Shortcut|"},
-      {"forward delete clears", old, "Delete", none, "Record Shortcut|"},
-      {"with a modifier it is a key", old, "ctrl+Delete", MASShortcut(117, kControl), "⌃⌦|✕"},
-      {"tab goes on", old, "Tab", old, "Type New Shortcut|⎋"},
-      {"close goes on", old, "super+w", old, "⌘F1|✕"},
-      {"quit goes on", old, "super+q", old, "⌘F1|✕"},
-      {"quit and more", old, "super+alt+q", MASShortcut(12, kCommand | kOption), "⌥⌘Q|✕"},
+      {"a shortcut", "super+shift+b", "⇧⌘B|✕", none, MASShortcut(11, kCommand | kShift)},
+      {"over an old one", "F5", "F5|✕", old, MASShortcut(96, 0)},
+      {"not valid", "shift+b", "Type New Shortcut|⎋", old, old},
+      {"escape keeps", "Escape", "⌘F1|✕", old, old},
+      {"escape without a value", "Escape", "Record Shortcut|", none, none},
+      {"delete clears", "BackSpace", "Record Shortcut|", old, none},
+      {"forward delete clears", "Delete", "Record Shortcut|", old, none},
+      {"with a modifier it is a key", "ctrl+Delete", "⌃⌦|✕", old, MASShortcut(117, kControl)},
+      {"tab goes on", "Tab", "Type New Shortcut|⎋", old, old},
+      {"close goes on", "super+w", "⌘F1|✕", old, old},
+      {"quit goes on", "super+q", "⌘F1|✕", old, old},
+      {"quit and more", "super+alt+q", "⌥⌘Q|✕", old, MASShortcut(12, kCommand | kOption)},
   };
   for (const Case &each : cases) {
     SCOPED_TRACE(each.what);

@@ -88,7 +88,7 @@ TEST_F(SignInProviderTest, TheConsentPageIsSafeToShowAndInTheLanguageOfTheUser) 
                                                          {"-,;", "lang=\"en\""}};
   for (const auto &[languages, asks] : cases) {
     const Answer page = tests::get(m_provider.port(), "/authorize?" + kKnown + kUri,
-                                   std::string("Accept-Language: ") + languages + "\r\n");
+                                   std::string("Accept-Language: ").append(languages).append("\r\n"));
     EXPECT_THAT(page.body, AllOf(HasSubstr(asks), HasSubstr("Velm&lt;o&gt;ra"), Not(HasSubstr("{{"))));
     EXPECT_THAT(page.field("Content-Security-Policy"),
                 MatchesRegex("default-src 'none'; style-src 'sha256-[A-Za-z0-9+/=]{44}'; form-action 'self' "
