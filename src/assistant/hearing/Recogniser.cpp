@@ -200,10 +200,6 @@ struct Recogniser::Decoder {
   Decoder &operator=(const Decoder &) = delete;
   ~Decoder() {
     const std::lock_guard lock(shared());
-    // The search for phones lets go of its last result when it begins another one, and at no other time.
-    if (!handle || ps_set_search(handle.get(), kPhones) < 0) return;
-    ps_start_utt(handle.get());
-    ps_end_utt(handle.get());
     handle.reset();
   }
 
@@ -215,6 +211,8 @@ struct Recogniser::Decoder {
   };
 
   Result decode(const std::string &search, std::span<const std::int16_t> samples) const {
+    // A search keeps all that it has thought of, megabytes of a long utterance, until it begins another one.
+    const std::unique_ptr<ps_decoder_t, decltype(&beginAnother)> forgetting(handle.get(), &beginAnother);
     // The stream is begun anew for each pass: the means of the cepstrum are those of the whole utterance and
     // of nothing before it.
     ps_decoder_t *const decoder = handle.get();
@@ -245,6 +243,12 @@ struct Recogniser::Decoder {
 
   Owned<cmd_ln_t> config;
   Owned<ps_decoder_t> handle;
+
+ private:
+  static void beginAnother(ps_decoder_t *decoder) {
+    ps_start_utt(decoder);
+    ps_end_utt(decoder);
+  }
 };
 
 std::filesystem::path Recogniser::defaultModel() { return VELMORA_SPEECH_MODEL; }
