@@ -86,8 +86,9 @@ TEST_F(SignInProviderTest, TheConsentPageIsSafeToShowAndInTheLanguageOfTheUser) 
                                                          {"en-US,de;q=0.9", "lang=\"en\""},
                                                          {"deu", "lang=\"en\""},
                                                          {"-,;", "lang=\"en\""}};
+  const std::string target = "/authorize?" + kKnown + kUri;
   for (const auto &[languages, asks] : cases) {
-    const Answer page = tests::get(m_provider.port(), "/authorize?" + kKnown + kUri,
+    const Answer page = tests::get(m_provider.port(), target,
                                    std::string("Accept-Language: ").append(languages).append("\r\n"));
     EXPECT_THAT(page.body, AllOf(HasSubstr(asks), HasSubstr("Velm&lt;o&gt;ra"), Not(HasSubstr("{{"))));
     EXPECT_THAT(page.field("Content-Security-Policy"),
