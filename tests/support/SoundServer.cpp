@@ -2,65 +2,106 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/SoundServer.h"
 
-#include <QProcess>
-#include <QProcessEnvironment>
-#include <QStringList>
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <array>
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <stdexcept>
+#include <system_error>
+#include <utility>
 
 #include "support/Waiting.h"
 
 namespace velmora::tests {
 namespace {
 
-constexpr int kForEver = -1;
-
-void start(QProcess &process, const char *program, const std::vector<std::string> &arguments) {
-  QStringList texts;
-  for (const std::string &argument : arguments) texts << QString::fromStdString(argument);
-  process.start(QString::fromLatin1(program), texts);
-  if (!process.waitForStarted(kForEver)) throw std::runtime_error(std::string("there is no ") + program);
+/// Starts a program with its standard input and output on the descriptors given (-1: nothing there).
+pid_t spawn(std::vector<std::string> arguments, const std::vector<std::string> &environment = {}, int in = -1,
+            int out = -1) {
+  std::vector<std::string> all = environment;
+  for (char **entry = environ; *entry; ++entry) all.emplace_back(*entry);
+  const auto pointers = [](std::vector<std::string> &texts) {
+    std::vector<char *> list;
+    list.reserve(texts.size() + 1);
+    for (std::string &text : texts) list.push_back(text.data());
+    list.push_back(nullptr);
+    return list;
+  };
+  posix_spawn_file_actions_t files;
+  ::posix_spawn_file_actions_init(&files);
+  const std::pair<int, int> standard[] = {{in, STDIN_FILENO}, {out, STDOUT_FILENO}};
+  for (const auto &[descriptor, number] : standard) {
+    if (descriptor >= 0) {
+      ::posix_spawn_file_actions_adddup2(&files, descriptor, number);
+    } else {
+      ::posix_spawn_file_actions_addopen(&files, number, "/dev/null", O_RDWR, 0);
+    }
+  }
+  pid_t pid = -1;
+  const int error = ::posix_spawnp(&pid, arguments.front().c_str(), &files, nullptr,
+                                   pointers(arguments).data(), pointers(all).data());
+  ::posix_spawn_file_actions_destroy(&files);
+  if (error != 0) throw std::system_error(error, std::generic_category(), arguments.front());
+  return pid;
 }
 
-bool hasWorked(QProcess &process) {
-  process.waitForFinished(kForEver);
-  return process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
+int reap(pid_t pid) {
+  int status = 0;
+  while (::waitpid(pid, &status, 0) < 0 && errno == EINTR) {
+  }
+  return status;
+}
+
+/// The reading and the writing end; children inherit neither but as their own input or output.
+std::array<int, 2> makePipe() {
+  std::array<int, 2> ends{};
+  if (::pipe2(ends.data(), O_CLOEXEC) != 0) throw std::system_error(errno, std::generic_category(), "pipe");
+  return ends;
 }
 
 }  // namespace
 
-Recording::Recording(std::string monitor) {
-  m_reader = std::thread([this, device = "--device=" + std::move(monitor)] { receive(device); });
+Recording::Recording(const std::string &monitor) {
+  const auto [reader, writer] = makePipe();
+  m_output = reader;
+  m_recorder = spawn({"parec", "--raw", "--format=s16le", "--rate=44100", "--channels=1", "--latency-msec=20",
+                      "--device=" + monitor},
+                     {}, -1, writer);
+  ::close(writer);
+  m_reader = std::thread([this] { receive(); });
   std::unique_lock lock(m_mutex);
   m_changed.wait_for(lock, kPatience, [this] { return !m_samples.empty(); });
 }
 
 Recording::~Recording() {
-  m_isOver = true;
+  ::kill(m_recorder, SIGTERM);
+  reap(m_recorder);
   m_reader.join();
+  ::close(m_output);
 }
 
-void Recording::receive(const std::string &device) {
-  constexpr int kLook = 20;  // ms until the end of the recording is noticed
-  QProcess recorder;
-  start(recorder, "parec",
-        {"--raw", "--format=s16le", "--rate=44100", "--channels=1", "--latency-msec=20", device});
-  QByteArray bytes;
-  while (!m_isOver && recorder.state() != QProcess::NotRunning) {
-    recorder.waitForReadyRead(kLook);
-    bytes += recorder.readAllStandardOutput();
-    const auto *const samples = reinterpret_cast<const std::int16_t *>(bytes.constData());
-    const qsizetype count = bytes.size() / 2;
-    if (count == 0) continue;
-    const std::lock_guard lock(m_mutex);
-    m_samples.insert(m_samples.end(), samples, samples + count);
-    bytes.remove(0, 2 * count);
-    m_changed.notify_all();
+void Recording::receive() {
+  std::vector<std::int16_t> piece(4096);
+  std::size_t odd = 0;  // bytes of half a sample
+  for (;;) {
+    auto *const bytes = reinterpret_cast<char *>(piece.data());
+    const ssize_t count = ::read(m_output, bytes + odd, piece.size() * 2 - odd);
+    if (count <= 0) return;
+    const std::size_t all = odd + static_cast<std::size_t>(count);
+    {
+      const std::lock_guard lock(m_mutex);
+      m_samples.insert(m_samples.end(), piece.begin(), piece.begin() + static_cast<std::ptrdiff_t>(all / 2));
+      m_changed.notify_all();
+    }
+    odd = all % 2;
+    if (odd) bytes[0] = bytes[all - 1];
   }
-  recorder.kill();
-  recorder.waitForFinished(kForEver);
 }
 
 std::vector<std::int16_t> Recording::samples() const {
@@ -86,7 +127,7 @@ SoundServer::SoundServer() {
 }
 
 SoundServer::~SoundServer() {
-  kill();
+  if (m_server > 0) kill();
   ::unsetenv("PULSE_SERVER");
 }
 
@@ -99,19 +140,13 @@ std::string SoundServer::address() const { return "unix:" + (m_folder.path() / "
 
 void SoundServer::start() {
   const std::string folder = m_folder.path().string();
-  QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-  environment.remove(QStringLiteral("PULSE_SERVER"));
-  for (const char *name : {"XDG_RUNTIME_DIR", "HOME", "PULSE_RUNTIME_PATH", "PULSE_STATE_PATH"})
-    environment.insert(QString::fromLatin1(name), QString::fromStdString(folder));
-  m_server = std::make_unique<QProcess>();
-  m_server->setProcessEnvironment(environment);
-  m_server->setProcessChannelMode(QProcess::ForwardedChannels);
   // Without norewinds a sink of its kind runs up to two seconds ahead of what is heard.
-  tests::start(*m_server, "pulseaudio",
-               {"-n", "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no",
-                "--log-target=file:" + folder + "/log",
-                "--load=module-native-protocol-unix socket=" + folder + "/native auth-anonymous=1",
-                "--load=module-null-sink sink_name=spk rate=44100 channels=2 norewinds=1"});
+  m_server = spawn({"env", "-u", "PULSE_SERVER", "pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1",
+                    "--use-pid-file=no", "--log-target=file:" + folder + "/log",
+                    "--load=module-native-protocol-unix socket=" + folder + "/native auth-anonymous=1",
+                    "--load=module-null-sink sink_name=spk rate=44100 channels=2 norewinds=1"},
+                   {"XDG_RUNTIME_DIR=" + folder, "HOME=" + folder, "PULSE_RUNTIME_PATH=" + folder + "/pulse",
+                    "PULSE_STATE_PATH=" + folder + "/state"});
   for (const auto deadline = std::chrono::steady_clock::now() + kPatience; control({"info"}).empty();) {
     if (std::chrono::steady_clock::now() > deadline)
       throw std::runtime_error("the sound server does not start");
@@ -123,17 +158,26 @@ void SoundServer::start() {
 }
 
 void SoundServer::kill() {
-  m_server->kill();
-  m_server->waitForFinished(kForEver);
+  ::kill(m_server, SIGKILL);
+  reap(std::exchange(m_server, -1));
 }
 
-void SoundServer::freeze() const { ::kill(static_cast<pid_t>(m_server->processId()), SIGSTOP); }
-void SoundServer::thaw() const { ::kill(static_cast<pid_t>(m_server->processId()), SIGCONT); }
+void SoundServer::freeze() const { ::kill(m_server, SIGSTOP); }
+void SoundServer::thaw() const { ::kill(m_server, SIGCONT); }
 
 std::string SoundServer::control(const std::vector<std::string> &arguments) const {
-  QProcess control;
-  tests::start(control, "pactl", arguments);
-  return hasWorked(control) ? control.readAllStandardOutput().toStdString() : "";
+  const auto [reader, writer] = makePipe();
+  std::vector<std::string> all{"pactl"};
+  all.insert(all.end(), arguments.begin(), arguments.end());
+  const pid_t pid = spawn(all, {}, -1, writer);
+  ::close(writer);
+  std::string said;
+  std::array<char, 4096> piece{};
+  for (ssize_t count = 0; (count = ::read(reader, piece.data(), piece.size())) > 0;)
+    said.append(piece.data(), static_cast<std::size_t>(count));
+  ::close(reader);
+  const bool worked = reap(pid) == 0;
+  return worked ? said : "";
 }
 
 std::string SoundServer::module(const std::vector<std::string> &arguments) const {
@@ -179,13 +223,20 @@ void SoundServer::say(const std::vector<std::int16_t> &samples, const std::strin
 }
 
 void SoundServer::play(const std::vector<std::int16_t> &samples, const std::string &sink, int rate) const {
-  QProcess player;
-  tests::start(player, "pacat",
-               {"--playback", "--raw", "--format=s16le", "--rate=" + std::to_string(rate), "--channels=1",
-                "--device=" + sink});
-  player.write(reinterpret_cast<const char *>(samples.data()), 2 * static_cast<qint64>(samples.size()));
-  player.closeWriteChannel();
-  if (!hasWorked(player)) throw std::runtime_error("nothing could be said to the sound server");
+  const auto [reader, writer] = makePipe();
+  const pid_t pid = spawn({"pacat", "--playback", "--raw", "--format=s16le", "--rate=" + std::to_string(rate),
+                           "--channels=1", "--device=" + sink},
+                          {}, reader, -1);
+  ::close(reader);
+  const auto *bytes = reinterpret_cast<const char *>(samples.data());
+  for (std::size_t left = samples.size() * 2; left > 0;) {
+    const ssize_t count = ::write(writer, bytes, left);
+    if (count < 0) break;
+    bytes += count;
+    left -= static_cast<std::size_t>(count);
+  }
+  ::close(writer);
+  if (reap(pid) != 0) throw std::runtime_error("nothing could be said to the sound server");
 }
 
 std::unique_ptr<Recording> SoundServer::record() const {

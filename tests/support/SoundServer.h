@@ -10,7 +10,8 @@
 //   server.say(samples);               // into the microphone
 #pragma once
 
-#include <atomic>
+#include <sys/types.h>
+
 #include <condition_variable>
 #include <cstdint>
 #include <memory>
@@ -20,8 +21,6 @@
 #include <vector>
 
 #include "support/TemporaryFolder.h"
-
-class QProcess;
 
 namespace velmora::tests {
 
@@ -40,10 +39,11 @@ class Recording {
 
  private:
   friend class SoundServer;
-  explicit Recording(std::string monitor);
-  void receive(const std::string &device);
+  explicit Recording(const std::string &monitor);
+  void receive();
 
-  std::atomic<bool> m_isOver = false;
+  pid_t m_recorder = -1;
+  int m_output = -1;
   mutable std::mutex m_mutex;
   mutable std::condition_variable m_changed;
   std::vector<std::int16_t> m_samples;
@@ -92,7 +92,7 @@ class SoundServer {
   [[nodiscard]] std::string module(const std::vector<std::string> &arguments) const;
 
   TemporaryFolder m_folder;
-  std::unique_ptr<QProcess> m_server;
+  pid_t m_server = -1;
   std::vector<std::pair<std::string, std::vector<std::string>>> m_modules;  // of each microphone
 };
 
