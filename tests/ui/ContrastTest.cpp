@@ -11,9 +11,9 @@
 #include <cmath>
 #include <map>
 
-#include "gallery/Theme.h"
 #include "platform/web/WebView.h"
 #include "support/EventLoop.h"
+#include "support/Theme.h"
 #include "ui/popover/INPopoverController.h"
 #include "ui/popover/popOverView.h"
 #include "ui/preferences/PreferencesWindowController.h"

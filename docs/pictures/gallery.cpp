@@ -21,8 +21,8 @@
 #include <cstdio>
 
 #include "foundation/Deployment.h"
-#include "gallery/Theme.h"
 #include "platform/window/Compositor.h"
+#include "support/Theme.h"
 #include "ui/Translations.h"
 #include "ui/help/HelpWindow.h"
 #include "ui/popover/INPopoverController.h"
