@@ -54,15 +54,6 @@ TEST_F(HotKey, IsToldOncePerPressWhoeverHasTheFocusAndWhateverIsLocked) {
       {"keydown", "super", "keydown", "F2", "sleep", "0.3", "keyup", "F2", "key", "F2", "keyup", "super"}));
   EXPECT_TRUE(runUntil([&] { return presses >= expected + 2; }));
   EXPECT_EQ(presses, expected + 2);
-  // Other modifiers are another shortcut; what is unregistered reaches the program in front again.
-  const int before = other.presses();
-  ASSERT_TRUE(xdotool({"key", "super+shift+F2"}));
-  EXPECT_TRUE(runUntil([&] { return other.presses() > before; }));
-  monitor.unregisterShortcut(kCommandF2);
-  const int between = other.presses();
-  ASSERT_TRUE(xdotool({"key", "super+F2"}));
-  EXPECT_TRUE(runUntil([&] { return other.presses() >= between + 2; }));
-  EXPECT_EQ(presses, expected + 2);
 }
 
 TEST_F(HotKey, HeldByAnotherProgramIsRefusedWithALine) {
@@ -78,12 +69,6 @@ TEST_F(HotKey, HeldByAnotherProgramIsRefusedWithALine) {
     EXPECT_FALSE(monitor.isShortcutRegistered(kCommandF2));
     EXPECT_EQ(log.lines(), std::vector<std::string>{"Hot key error: ⌘F2: another program holds it"});
   }
-  // One's own is not another's, and a trial leaves it as it was.
-  int presses = 0;
-  ASSERT_TRUE(monitor.registerShortcut(kCommandF2, [&] { ++presses; }));
-  EXPECT_FALSE(HotKeyCenter::shared().isHeldByAnother(120, hot_key_modifier::kCommand));
-  ASSERT_TRUE(xdotool({"key", "super+F2"}));
-  EXPECT_TRUE(runUntil([&] { return presses == 1; }));
 }
 
 TEST_F(HotKey, FollowsTheLayout) {
@@ -108,27 +93,24 @@ TEST_F(HotKey, FollowsTheLayout) {
   }
 }
 
-TEST_F(HotKey, BelongsToTheLastActionOfItsSetting) {
+TEST_F(HotKey, FollowsItsSettingUntilTheBindingIsBroken) {
   UserDefaults defaults;
   MASShortcutBinder binder(defaults, monitor);
   const QString key = QStringLiteral("customShortcut");
   binder.registerDefaultShortcuts({{key, kCommandF2}});
-  std::string told;
-  binder.bindShortcutWithDefaultsKey(key, [&] { told += "a"; });
-  binder.bindShortcutWithDefaultsKey(key, [&] { told += "b"; });
-  ASSERT_TRUE(xdotool({"key", "super+F2"}));
-  EXPECT_TRUE(runUntil([&] { return told == "b"; }));
-  // Cleared is not the same as never set.
-  defaults.setObject(MASDictionaryTransformer().reverseTransformedValue({}), key);
-  EXPECT_FALSE(monitor.isShortcutRegistered(kCommandF2));
+  int presses = 0;
   // An action may take its own shortcut away, and then nothing follows the setting any more.
   binder.bindShortcutWithDefaultsKey(key, [&] {
     binder.breakBindingWithDefaultsKey(key);
-    told += "c";
+    ++presses;
   });
+  EXPECT_TRUE(monitor.isShortcutRegistered(kCommandF2));
+  // Cleared is not the same as never set.
+  defaults.setObject(MASDictionaryTransformer().reverseTransformedValue({}), key);
+  EXPECT_FALSE(monitor.isShortcutRegistered(kCommandF2));
   defaults.setObject(MASShortcut(96, kControl).archivedData(), key);
   ASSERT_TRUE(xdotool({"key", "ctrl+F5"}));
-  EXPECT_TRUE(runUntil([&] { return told == "bc"; }));
+  EXPECT_TRUE(runUntil([&] { return presses == 1; }));
   EXPECT_FALSE(monitor.isShortcutRegistered({96, kControl}));
   defaults.setObject(kCommandF2.archivedData(), key);
   EXPECT_FALSE(monitor.isShortcutRegistered(kCommandF2));

@@ -76,11 +76,11 @@ TEST_F(ShortcutView, RecordsWhatIsTyped) {
   const Case cases[] = {
       {"a shortcut", "super+shift+b", "⇧⌘B|✕", none, MASShortcut(11, kCommand | kShift)},
       {"over an old one", "F5", "F5|✕", old, MASShortcut(96, 0)},
-      {"not valid", "shift+b", "Type New Shortcut|⎋", old, old},
+      {"space with Option", "alt+space", "⌥Space|✕", none, MASShortcut(49, kOption)},
+      {"a letter with Option is not valid", "alt+b", "Type New Shortcut|⎋", old, old},
+      {"a letter with Shift is not valid", "shift+b", "Type New Shortcut|⎋", old, old},
       {"escape keeps", "Escape", "⌘F1|✕", old, old},
-      {"escape without a value", "Escape", "Record Shortcut|", none, none},
       {"delete clears", "BackSpace", "Record Shortcut|", old, none},
-      {"forward delete clears", "Delete", "Record Shortcut|", old, none},
       {"with a modifier it is a key", "ctrl+Delete", "⌃⌦|✕", old, MASShortcut(117, kControl)},
       {"tab goes on", "Tab", "Type New Shortcut|⎋", old, old},
       {"close goes on", "super+w", "⌘F1|✕", old, old},
@@ -107,14 +107,6 @@ TEST_F(ShortcutView, RecordsWhatIsTyped) {
     EXPECT_EQ(view.isRecording(), records);
     EXPECT_EQ(view.shortcutValue(), each.after);
   }
-  // Held modifiers show while they are.
-  view.setRecording(true);
-  ASSERT_TRUE(xdotool({"keydown", "shift", "keydown", "super", "keydown", "ctrl"}));
-  EXPECT_TRUE(shows("⌃⇧⌘|⎋"));
-  ASSERT_TRUE(xdotool({"keyup", "ctrl"}));
-  EXPECT_TRUE(shows("⇧⌘|⎋"));
-  ASSERT_TRUE(xdotool({"keyup", "super", "keyup", "shift"}));
-  EXPECT_TRUE(shows("Type New Shortcut|⎋"));
 }
 
 TEST_F(ShortcutView, IsWorkedByThePointer) {
@@ -141,13 +133,8 @@ TEST_F(ShortcutView, RecordsAloneAndWithTheFocusOnly) {
   second.setRecording(true);
   EXPECT_FALSE(view.isRecording());
   EXPECT_TRUE(second.isRecording());
-  view.setEnabled(false);
-  view.setRecording(true);
-  EXPECT_FALSE(view.isRecording());
-  EXPECT_TRUE(second.isRecording());
   second.setEnabled(false);
   EXPECT_FALSE(second.isRecording());
-  view.setEnabled(true);
   view.setRecording(true);
   {
     tests::OtherProgram other;

@@ -2,42 +2,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
-#include <QAction>
 #include <QKeyEvent>
-#include <QMainWindow>
-#include <QMenu>
-#include <QMenuBar>
 
 #include "foundation/UserDefaults.h"
 #include "ui/shortcut/MASDictionaryTransformer.h"
 #include "ui/shortcut/MASShortcut.h"
-#include "ui/shortcut/MASShortcutValidator.h"
 
 namespace velmora {
 namespace {
 
 using enum shortcut_modifier::Flag;
-
-TEST(Shortcut, IsShownByItsGlyphs) {
-  struct Case {
-    MASShortcut shortcut;
-    const char *description;
-    const char *keyEquivalent;
-  };
-  const Case cases[] = {
-      {{0, kCommand | kShift | kOption | kControl}, "⌃⌥⇧⌘A", "a"},
-      {{122, kCommand}, "⌘F1", "F1"},
-      {{49, kOption}, "⌥Space", "Space"},
-      {{117, kShift}, "⇧⌦", "Del"},
-      {{27, kCommand}, "⌘-", "-"},
-      {{56, kShift}, "⇧", ""},
-      {{0xffff, kCommand}, "⌘", ""},
-  };
-  for (const Case &each : cases) {
-    EXPECT_EQ(each.shortcut.description().toStdString(), each.description);
-    EXPECT_EQ(each.shortcut.keyCodeStringForKeyEquivalent().toStdString(), each.keyEquivalent);
-  }
-}
 
 TEST(Shortcut, IsMadeOfAnEvent) {
   struct Case {
@@ -67,44 +41,6 @@ TEST(Shortcut, IsMadeOfAnEvent) {
     EXPECT_EQ(made.keyCode(), each.shortcut.keyCode()) << each.key;
     EXPECT_EQ(made.modifierFlags(), each.shortcut.modifierFlags()) << each.key;
   }
-}
-
-TEST(Shortcut, IsValidByKeyAndModifiers) {
-  struct Case {
-    MASShortcut shortcut;
-    bool valid, withAnyOption;
-  };
-  constexpr std::uint32_t kCapsLock = 0x10000;
-  const Case cases[] = {
-      {{0, 0}, false, false},      {{0, kShift}, false, false}, {{0, kControl}, true, true},
-      {{0, kCommand}, true, true}, {{0, kOption}, false, true}, {{0, kOption | kShift}, false, true},
-      {{49, kOption}, true, true}, {{53, kOption}, true, true}, {{96, 0}, true, true},
-      {{90, kShift}, true, true},  {{36, 0}, false, false},     {{0, kCapsLock}, false, false},
-  };
-  MASShortcutValidator validator;
-  for (const Case &each : cases) {
-    for (const bool anyOption : {false, true}) {
-      validator.setAllowAnyShortcutWithOptionModifier(anyOption);
-      EXPECT_EQ(validator.isShortcutValid(each.shortcut), anyOption ? each.withAnyOption : each.valid)
-          << each.shortcut.description().toStdString();
-    }
-  }
-}
-
-TEST(Shortcut, IsTakenByTheMenuBar) {
-  QMainWindow window;
-  QMenu &menu = *window.menuBar()->addMenu(QStringLiteral("&File"));
-  menu.addAction(QStringLiteral("&Open && Close…\tlater"))
-      ->setShortcut(QKeySequence(Qt::META | Qt::SHIFT | Qt::Key_O));
-  menu.addMenu(QStringLiteral("More"))
-      ->addAction(QStringLiteral("Up"))
-      ->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Up));
-  const MASShortcutValidator validator;
-  EXPECT_EQ(
-      validator.isShortcutAlreadyTakenBySystem({31, kCommand | kShift}).value_or(QString()).toStdString(),
-      "This shortcut cannot be used because it is already used by the menu item ‘Open & Close…’.");
-  EXPECT_TRUE(validator.isShortcutAlreadyTakenInMenu({126, kControl}, menu.actions()));
-  EXPECT_FALSE(validator.isShortcutAlreadyTakenInMenu({0xffff, kControl}, menu.actions()));
 }
 
 TEST(DictionaryTransformer, ReadsWhatIsStored) {
