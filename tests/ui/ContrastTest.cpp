@@ -77,43 +77,37 @@ void expectReadable(QWidget &window, int least, const std::string &what) {
   EXPECT_GE(measured, least) << what;
 }
 
-struct Contrast : testing::TestWithParam<bool> {
-  Contrast() : before(QApplication::palette()) { tests::setTheme(GetParam()); }
-  ~Contrast() override { QApplication::setPalette(before); }
-  QPalette before;
-  std::string theme = GetParam() ? "dark " : "light ";
-};
-
-TEST_P(Contrast, OfThePreferencesInEveryStateOfTheRecorder) {
-  UserDefaults defaults;
-  PreferencesWindowController window({}, defaults);
-  window.showWindow();
-  MASShortcutView &recorder = window.shortcutView();
-  ASSERT_TRUE(runUntil([&] { return recorder.hasFocus(); }));
-  expectReadable(window, 6, theme + "without a shortcut");
-  recorder.setShortcutValue(MASShortcut(122, shortcut_modifier::kCommand));
-  expectReadable(window, 6, theme + "with a shortcut");
-  recorder.setRecording(true);
-  EXPECT_TRUE(recorder.isRecording());
-  expectReadable(window, 6, theme + "recording");
+TEST(Contrast, IsEnoughInLightAndDark) {
+  const QPalette before = QApplication::palette();
+  for (const bool dark : {false, true}) {
+    tests::setTheme(dark);
+    const std::string theme = dark ? "dark " : "light ";
+    UserDefaults defaults;
+    PreferencesWindowController window({}, defaults);
+    window.showWindow();
+    MASShortcutView &recorder = window.shortcutView();
+    ASSERT_TRUE(runUntil([&] { return recorder.hasFocus(); }));
+    recorder.setShortcutValue({});
+    expectReadable(window, 6, theme + "without a shortcut");
+    recorder.setShortcutValue(MASShortcut(122, shortcut_modifier::kCommand));
+    expectReadable(window, 6, theme + "with a shortcut");
+    recorder.setRecording(true);
+    EXPECT_TRUE(recorder.isRecording());
+    expectReadable(window, 6, theme + "recording");
+    popOverView hint;
+    INPopoverController popover(&hint);
+    popover.setAnimates(false);
+    popover.presentPopoverFromRect(QRectF(300, 2, 22, 22), nullptr, ArrowDirection::up, false);
+    expectReadable(popover.popoverWindow(), 2, theme + "hint");
+    WebView page(nullptr, QStringLiteral("none"));
+    page.resize(400, 300);
+    page.show();
+    page.load(QUrl(QStringLiteral("https://127.0.0.1/")));
+    page.showFailure();
+    expectReadable(page, 2, theme + "page");
+  }
+  QApplication::setPalette(before);
 }
-
-TEST_P(Contrast, OfTheHintAndAMissingPage) {
-  popOverView hint;
-  INPopoverController popover(&hint);
-  popover.setAnimates(false);
-  popover.presentPopoverFromRect(QRectF(300, 2, 22, 22), nullptr, ArrowDirection::up, false);
-  expectReadable(popover.popoverWindow(), 2, theme + "hint");
-  WebView page(nullptr, QStringLiteral("none"));
-  page.resize(400, 300);
-  page.show();
-  page.load(QUrl(QStringLiteral("https://127.0.0.1/")));
-  page.showFailure();
-  expectReadable(page, 2, theme + "page");
-}
-
-INSTANTIATE_TEST_SUITE_P(Themes, Contrast, testing::Bool(),
-                         [](const auto &each) { return each.param ? "Dark" : "Light"; });
 
 }  // namespace
 }  // namespace velmora
