@@ -21,14 +21,11 @@ namespace {
 using testing::ElementsAre;
 using tests::runUntil;
 
-class Content : public ViewController {
- public:
-  explicit Content(const QSize &size = {200, 100}) : m_edit(&m_view) { m_view.resize(size); }
-  QWidget &view() override { return m_view; }
-
- private:
-  QWidget m_view;
-  QLineEdit m_edit;
+struct Content : ViewController {
+  explicit Content(const QSize &size = {200, 100}) { widget.resize(size); }
+  QWidget &view() override { return widget; }
+  QWidget widget;
+  QLineEdit edit{&widget};
 };
 
 class Record : public INPopoverControllerDelegate {

@@ -21,13 +21,10 @@ using tests::runUntil;
 constexpr QRgb kGround = qRgb(0, 120, 0);
 constexpr QRgb kBubble = qRgb(200, 0, 0);
 
-class Content : public ViewController {
- public:
-  Content() { m_view.resize(200, 100); }
-  QWidget &view() override { return m_view; }
-
- private:
-  QWidget m_view;
+struct Content : ViewController {
+  Content() { widget.resize(200, 100); }
+  QWidget &view() override { return widget; }
+  QWidget widget;
 };
 
 /// The colours of `area` as the user sees it, in the pixels of the screen.
