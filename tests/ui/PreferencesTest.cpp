@@ -19,7 +19,6 @@
 
 #include "auth/TokenStore.h"
 #include "foundation/Deployment.h"
-#include "platform/Workspace.h"
 #include "support/EventLoop.h"
 #include "support/OtherProgram.h"
 #include "support/SoundServer.h"
