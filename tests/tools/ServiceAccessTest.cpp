@@ -43,17 +43,14 @@ TEST_F(ServiceAccessTest, ArgumentsReplaceWhatTheDeploymentSays) {
   EXPECT_EQ(elsewhere.description().address, "other.example") << "the port is the other host's";
   EXPECT_EQ(rootsOf(elsewhere), kRoots);
   EXPECT_EQ(access({"--roots", roots}).description().address, "deployed.example:8443");
+  const auto named = folder.write("deployment.json", R"({"host": "named.example"})").parent_path();
+  EXPECT_EQ(access({"--deployment", named, "--roots", roots}).description().address, "named.example");
   // A deployment that is broken does not stand in the way of both.
   fs::remove(file);
-  fs::path copied;
-  {
-    const ServiceAccess service = access({"--endpoint", "[::1]:9", "--roots", roots, "--token", "t"});
-    EXPECT_EQ(service.description().address, "[::1]:9");
-    EXPECT_EQ(rootsOf(service), readFile(roots));
-    copied = service.deployment().folder;
-    EXPECT_EQ(fs::status(copied).permissions(), fs::perms::owner_all);
-  }
-  EXPECT_FALSE(fs::exists(copied));
+  const ServiceAccess service = access({"--endpoint", "[::1]:9", "--roots", roots, "--token", "t"});
+  EXPECT_EQ(service.description().address, "[::1]:9");
+  EXPECT_EQ(rootsOf(service), readFile(roots));
+  EXPECT_EQ(fs::status(service.deployment().folder).permissions(), fs::perms::owner_all);
 }
 
 TEST_F(ServiceAccessTest, ATokenThatIsGivenComesBeforeTheStoredOneAndLeavesItAlone) {
@@ -72,14 +69,11 @@ TEST_F(ServiceAccessTest, ATokenThatIsGivenComesBeforeTheStoredOneAndLeavesItAlo
 }
 
 TEST_F(ServiceAccessTest, SaysInOneLineWhatIsMissing) {
-  const std::pair<std::vector<std::string>, const char *> cases[] = {
-      {{"--endpoint", "h", "--roots", "/none.pem"}, "the TLS roots cannot be read: /none.pem: No such file"},
-      {{"--endpoint", "h", "--roots", file}, "hold no PEM certificate: "},
-      {{"--deployment", folder.write("deployment.json", R"({"host": "h"})").parent_path()},
-       "the TLS roots cannot be read: "}};
-  for (const auto &[arguments, says] : cases) {
-    EXPECT_THAT([&given = arguments] { access(given); }, ThrowsMessage<std::runtime_error>(HasSubstr(says)));
-  }
+  EXPECT_THAT(
+      [&] {
+        access({"--endpoint", "h", "--roots", file});
+      },
+      ThrowsMessage<ServiceError>(HasSubstr("hold no PEM certificate: ")));
   ::unsetenv("VELMORA_DEPLOYMENT");
   const std::vector<std::string> halves[] = {{"--endpoint", "h"}, {"--roots", roots}};
   for (const auto &half : halves)
