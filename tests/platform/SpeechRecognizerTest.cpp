@@ -37,10 +37,12 @@ TEST(SpeechRecognizer, HearsItsCommandsAndNothingElseWhileItListens) {
   say(command("okay mac"));
   EXPECT_TRUE(runUntil([&] { return heard.size() == 1; }));
 
-  // Neither other speech nor the phrase inside of it is a command, and while it is paused nothing is. The
-  // order of hearing is that of speaking: what was heard before the last one shows by then.
+  // Neither other speech nor the phrase inside of it is a command, and while it is paused nothing is; nor is
+  // what was said just before. The order of hearing is that of speaking: what was heard before the last one
+  // shows by then.
   say(command("play some music"));
   say(command("she said okay mac to the machine on the desk"));
+  say(command("okay mac"));
   recognizer->setPaused(true);
   say(command("okay mac"));
   recognizer->setPaused(false);
@@ -48,19 +50,6 @@ TEST(SpeechRecognizer, HearsItsCommandsAndNothingElseWhileItListens) {
   say(command("good night", Speaker::awb));
   EXPECT_TRUE(runUntil([&] { return heard.size() >= 2; }));
   EXPECT_THAT(heard, ElementsAre("okay mac", "good night"));
-
-  // What was said is no command any more once it is stopped.
-  say(command("okay mac"));
-  recognizer->stopListening();
-  recognizer->startListening();
-  ASSERT_TRUE(listens());
-  say(command("good night", Speaker::awb));
-  EXPECT_TRUE(runUntil([&] { return heard.size() >= 3; }));
-  recognizer->setListensInForegroundOnly(true);  // and no window is active
-  say(command("okay mac"));
-  say(tests::silence(500));
-  QCoreApplication::processEvents();
-  EXPECT_THAT(heard, ElementsAre("okay mac", "good night", "good night"));
 }
 
 }  // namespace

@@ -2,8 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // A desktop on the session bus, which does what it is told on standard input: a panel appears and disappears,
-// falls silent, or calls a method of the last item; messages are shown from "show" on. Its user wants dark
-// colours.
+// or calls a method of the last item.
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -21,41 +20,26 @@ class Desktop final : public QDBusVirtualObject {
  public:
   [[nodiscard]] QString introspect(const QString &) const override { return {}; }
   bool handleMessage(const QDBusMessage &message, const QDBusConnection &bus) override {
-    if (message.member() == QLatin1String("Read")) {
-      const QVariant dark = QVariant::fromValue(QDBusVariant(1U));
-      return bus.send(message.createReply(QVariant::fromValue(QDBusVariant(dark))));
-    }
     // The toolkit asks for nothing that is not written here.
     if (message.member() == QLatin1String("Introspect"))
       return bus.send(message.createReply(QStringLiteral(
           "<node><interface name='org.kde.StatusNotifierWatcher'><property "
           "name='IsStatusNotifierHostRegistered' type='b' access='read'/></interface></node>")));
-    if (message.member() == QLatin1String("Get") && !m_isSilent)
+    if (message.member() == QLatin1String("Get"))
       return bus.send(message.createReply(QVariant::fromValue(QDBusVariant(true))));
-    if (message.member() == QLatin1String("Notify")) {
-      const QVariantList parts = message.arguments();
-      std::cout << parts.value(3).toString().toStdString() << ": " << parts.value(4).toString().toStdString()
-                << std::endl;
-      return bus.send(message.createReply(1U));
-    }
     if (message.member() == QLatin1String("RegisterStatusNotifierItem")) {
       m_item = message.service();
       std::cout << "registered" << std::endl;
     }
-    return m_isSilent || bus.send(message.createReply());
+    return bus.send(message.createReply());
   }
 
   void obey(const std::string &command) {
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (command == "disappear") {
       bus.unregisterService(kWatcher);
-    } else if (command == "appear" || command == "silent") {
-      m_isSilent = command == "silent";
+    } else if (command == "appear") {
       bus.registerService(kWatcher);
-      std::cout << command << std::endl;
-    } else if (command == "show") {
-      bus.registerService(QStringLiteral("org.freedesktop.Notifications"));
-      std::cout << command << std::endl;
     } else {
       bus.send(QDBusMessage::createMethodCall(m_item, QStringLiteral("/StatusNotifierItem"),
                                               QStringLiteral("org.kde.StatusNotifierItem"),
@@ -66,7 +50,6 @@ class Desktop final : public QDBusVirtualObject {
 
  private:
   QString m_item;
-  bool m_isSilent = false;
 };
 
 }  // namespace
@@ -75,10 +58,7 @@ int main(int argc, char **argv) {
   const QCoreApplication application(argc, argv);
   Desktop desktop;
   QDBusConnection bus = QDBusConnection::sessionBus();
-  for (const char *path :
-       {"/StatusNotifierWatcher", "/org/freedesktop/portal/desktop", "/org/freedesktop/Notifications"})
-    bus.registerVirtualObject(QString::fromLatin1(path), &desktop, QDBusConnection::SubPath);
-  bus.registerService(QStringLiteral("org.freedesktop.portal.Desktop"));
+  bus.registerVirtualObject(QStringLiteral("/StatusNotifierWatcher"), &desktop);
   QSocketNotifier input(0, QSocketNotifier::Read);
   QObject::connect(&input, &QSocketNotifier::activated, [&] {
     std::string command;

@@ -5,11 +5,8 @@
 #include <gmock/gmock.h>
 
 #include <QApplication>
-#include <QLabel>
 #include <QStandardPaths>
-#include <mutex>
 
-#include "support/CapturedLog.h"
 #include "support/EventLoop.h"
 #include "support/TemporaryFolder.h"
 #include "support/WebPages.h"
@@ -20,7 +17,6 @@ namespace {
 using testing::ElementsAre;
 using tests::countOf;
 using tests::engineIn;
-using tests::HttpAnswer;
 using tests::HttpRequest;
 using tests::HttpServer;
 using tests::page;
@@ -42,66 +38,41 @@ struct WebViewTest : testing::Test, WebPolicyDelegate {
     EXPECT_TRUE(runUntil([&] { return finished.has_value(); })) << url;
     return finished.value_or(false);
   }
-  bool reached(const std::string &request) const {
-    return runUntil([&] { return countOf(server, request) > 0; });
-  }
-
-  void answerWith(const std::string &body) {
-    const std::lock_guard lock(mutex);
-    answer = page(body);
-  }
 
   std::vector<std::string> asked;
   tests::TemporaryFolder folder;
-  std::mutex mutex;  // guards what the server's threads answer
-  HttpAnswer answer = page("here");
-  HttpServer server{[this](const HttpRequest &) {
-    const std::lock_guard lock(mutex);
-    return answer;
-  }};
 };
 
-TEST_F(WebViewTest, SaysOnOneLineThatTheEngineIsMissing) {
-  const tests::CapturedLog log;
-  WebView view(nullptr, QString::fromStdString(folder.write("text.so", "no library").string()));
-  int missing = 0;
-  QObject::connect(&view, &WebView::engineMissing, &view, [&] { ++missing; });
-  view.load(QUrl(QStringLiteral("http://127.0.0.1:1/")));
-  EXPECT_EQ(missing, 0) << "it is loaded when a page is first shown";
-  view.show();
-  EXPECT_EQ(missing, 1);
-  const auto *notice = view.findChild<QLabel *>();
-  EXPECT_TRUE(notice->isVisible());
-  EXPECT_TRUE(notice->text().contains(QLatin1String("not installed")));
-  EXPECT_EQ(log.count("The web engine cannot be loaded: "), 1);
-}
-
 TEST_F(WebViewTest, AsksAboutTheMainFrameOnlyAndObeys) {
-  answerWith(
-      "<iframe src=/frame></iframe><script>if (top === self) {"
-      "location.href = '/ignored'; setTimeout(() => fetch('/done'), 0); }</script>");
+  const HttpServer server([](const HttpRequest &) {
+    return page(
+        "<iframe src=/frame></iframe><script>if (top === self) {"
+        "location.href = '/ignored'; setTimeout(() => fetch('/done'), 0); }</script>");
+  });
   WebView view;
   view.setPolicyDelegate(this);
   shows(view, server.url("/start"));
-  EXPECT_TRUE(reached("GET /done"));
+  EXPECT_TRUE(runUntil([&] { return countOf(server, "GET /done") > 0; }));
   EXPECT_THAT(asked, ElementsAre(server.url("/start"), server.url("/ignored")));
   EXPECT_EQ(countOf(server, "GET /ignored"), 0);
 }
 
 TEST_F(WebViewTest, PagesReachNoFilesAndOpenNoWindows) {
   const std::string url = "file://" + folder.write("secret.html", "<title>secret</title>").string();
-  answerWith("<script>const url = '" + url +
-             "';"
-             "addEventListener('load', async () => {"
-             "fetch(url).then(() => fetch('/leak')).catch(() => {});"
-             "if (window.open('/window')) await fetch('/leak');"
-             "location.href = url;"
-             "setTimeout(() => fetch('/done'), 100);"
-             "})</script>");
+  const HttpServer server([url](const HttpRequest &) {
+    return page("<script>const url = '" + url +
+                "';"
+                "addEventListener('load', async () => {"
+                "fetch(url).then(() => fetch('/leak')).catch(() => {});"
+                "if (window.open('/window')) await fetch('/leak');"
+                "location.href = url;"
+                "setTimeout(() => fetch('/done'), 100);"
+                "})</script>");
+  });
   WebView view;
   view.setPolicyDelegate(this);
   shows(view, server.url("/start"));
-  EXPECT_TRUE(reached("GET /done"));
+  EXPECT_TRUE(runUntil([&] { return countOf(server, "GET /done") > 0; }));
   EXPECT_EQ(countOf(server, "GET /leak"), 0);
   EXPECT_EQ(countOf(server, "GET /window"), 0);
   EXPECT_EQ(engineIn(view)->property("title"), QStringLiteral("page"));
@@ -114,30 +85,13 @@ TEST_F(WebViewTest, PagesReachNoFilesAndOpenNoWindows) {
   EXPECT_EQ(std::filesystem::status(cookies).permissions(), std::filesystem::perms::owner_all);
 }
 
-TEST_F(WebViewTest, ReloadsWhatWasLetGoUnlessItIsShownAgainAtOnce) {
-  WebView view;
-  ASSERT_TRUE(shows(view, server.url("/page")));
-  view.hide();
-  view.unload();
-  view.show();
-  QCoreApplication::processEvents();
-  EXPECT_NE(engineIn(view), nullptr);
-  view.hide();
-  view.unload();
-  ASSERT_TRUE(runUntil([&] { return engineIn(view) == nullptr; }));
-  view.show();
-  EXPECT_TRUE(runUntil([&] { return countOf(server, "GET /page") == 2; }));
-}
-
 TEST_F(WebViewTest, AcceptsTheCertificatesOfTheTrustedRootsOnly) {
   std::filesystem::create_directory(folder.path() / "other");
   const Certificates other = makeCertificates(folder.path() / "other");
   const Certificates own = makeCertificates(folder.path());
   HttpServer secure([](const HttpRequest &) { return page("safe"); }, &own);
-  for (const auto &[roots, accepted] : {std::pair{std::filesystem::path(), false},
-                                        {folder.path() / "none.pem", false},
-                                        {other.roots, false},
-                                        {own.roots, true}}) {
+  for (const auto &[roots, accepted] :
+       {std::pair{std::filesystem::path(), false}, {other.roots, false}, {own.roots, true}}) {
     WebView view;
     view.setTrustedRoots(roots);
     EXPECT_EQ(shows(view, secure.url("/")), accepted) << roots;

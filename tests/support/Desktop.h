@@ -11,9 +11,8 @@
 
 namespace velmora::tests {
 
-/// What a desktop has on the session bus: who takes status items, who knows the user's colours, who shows
-/// messages.
-/// A program of its own, since the toolkit waits for its answers.
+/// What a desktop has on the session bus: who takes status items. A program of its own, since the toolkit
+/// waits for its answers.
 class Desktop {
  public:
   Desktop() {
