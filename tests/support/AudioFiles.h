@@ -16,10 +16,11 @@
 
 namespace velmora::tests {
 
-/// Writes interleaved samples (full scale is 1) as a file of libsndfile's `format`. They are rounded to the
-/// format's width here: libsndfile's own conversion takes the largest number for full scale and truncates.
+/// Writes interleaved samples (full scale is 1) as a file of libsndfile's `format`, of 8 or 16 bits. They are
+/// rounded to its width here: libsndfile's own conversion takes the largest number for full scale and
+/// truncates.
 inline void writeAudio(const std::filesystem::path &path, const std::vector<float> &samples, int rate,
-                       int channels = 1, int format = SF_FORMAT_WAV | SF_FORMAT_PCM_16) {
+                       int channels, int format) {
   SF_INFO info{};
   info.samplerate = rate;
   info.channels = channels;
@@ -27,20 +28,14 @@ inline void writeAudio(const std::filesystem::path &path, const std::vector<floa
   const std::unique_ptr<SNDFILE, decltype([](SNDFILE *f) { sf_close(f); })> file(
       sf_open(path.c_str(), SFM_WRITE, &info));
   const auto count = static_cast<sf_count_t>(samples.size());
-  const int coding = format & SF_FORMAT_SUBMASK;
-  const int bits = coding == SF_FORMAT_PCM_U8   ? 8
-                   : coding == SF_FORMAT_PCM_16 ? 16
-                   : coding == SF_FORMAT_PCM_24 ? 24
-                                                : 32;
+  const int bits = (format & SF_FORMAT_SUBMASK) == SF_FORMAT_PCM_U8 ? 8 : 16;
   const double fullScale = std::ldexp(1.0, bits - 1);
   std::vector<int> rounded;
   for (const float sample : samples) {
     const double value = std::clamp(std::round(sample * fullScale), -fullScale, fullScale - 1);
     rounded.push_back(static_cast<int>(std::ldexp(value, 32 - bits)));
   }
-  const bool written =
-      file && (coding == SF_FORMAT_FLOAT ? sf_write_float(file.get(), samples.data(), count)
-                                         : sf_write_int(file.get(), rounded.data(), count)) == count;
+  const bool written = file && sf_write_int(file.get(), rounded.data(), count) == count;
   if (!written) throw std::runtime_error(path.string() + ": " + sf_strerror(file.get()));
 }
 

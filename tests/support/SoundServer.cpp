@@ -22,17 +22,11 @@ namespace velmora::tests {
 namespace {
 
 /// Starts a program with its standard input and output on the descriptors given (-1: nothing there).
-pid_t spawn(std::vector<std::string> arguments, const std::vector<std::string> &environment = {}, int in = -1,
-            int out = -1) {
-  std::vector<std::string> all = environment;
-  for (char **entry = environ; *entry; ++entry) all.emplace_back(*entry);
-  const auto pointers = [](std::vector<std::string> &texts) {
-    std::vector<char *> list;
-    list.reserve(texts.size() + 1);
-    for (std::string &text : texts) list.push_back(text.data());
-    list.push_back(nullptr);
-    return list;
-  };
+pid_t spawn(std::vector<std::string> arguments, int in = -1, int out = -1) {
+  std::vector<char *> pointers;
+  pointers.reserve(arguments.size() + 1);
+  for (std::string &argument : arguments) pointers.push_back(argument.data());
+  pointers.push_back(nullptr);
   posix_spawn_file_actions_t files;
   ::posix_spawn_file_actions_init(&files);
   const std::pair<int, int> standard[] = {{in, STDIN_FILENO}, {out, STDOUT_FILENO}};
@@ -44,8 +38,7 @@ pid_t spawn(std::vector<std::string> arguments, const std::vector<std::string> &
     }
   }
   pid_t pid = -1;
-  const int error = ::posix_spawnp(&pid, arguments.front().c_str(), &files, nullptr,
-                                   pointers(arguments).data(), pointers(all).data());
+  const int error = ::posix_spawnp(&pid, pointers.front(), &files, nullptr, pointers.data(), environ);
   ::posix_spawn_file_actions_destroy(&files);
   if (error != 0) throw std::system_error(error, std::generic_category(), arguments.front());
   return pid;
@@ -67,12 +60,12 @@ std::array<int, 2> makePipe() {
 
 }  // namespace
 
-Recording::Recording(const std::string &monitor) {
+Recording::Recording() {
   const auto [reader, writer] = makePipe();
   m_output = reader;
   m_recorder = spawn({"parec", "--raw", "--format=s16le", "--rate=44100", "--channels=1", "--latency-msec=20",
-                      "--device=" + monitor},
-                     {}, -1, writer);
+                      "--device=spk.monitor"},
+                     -1, writer);
   ::close(writer);
   m_reader = std::thread([this] { receive(); });
   std::unique_lock lock(m_mutex);
@@ -104,11 +97,6 @@ void Recording::receive() {
   }
 }
 
-std::vector<std::int16_t> Recording::samples() const {
-  const std::lock_guard lock(m_mutex);
-  return m_samples;
-}
-
 std::vector<std::int16_t> Recording::waitForSound(std::size_t count) const {
   std::unique_lock lock(m_mutex);
   const auto first = [this] {
@@ -122,7 +110,7 @@ std::vector<std::int16_t> Recording::waitForSound(std::size_t count) const {
 }
 
 SoundServer::SoundServer() {
-  ::setenv("PULSE_SERVER", address().c_str(), 1);
+  ::setenv("PULSE_SERVER", ("unix:" + (m_folder.path() / "native").string()).c_str(), 1);
   start();
 }
 
@@ -136,17 +124,15 @@ bool SoundServer::isHeardBySomebody() const {
   return control({"list", "short", "source-outputs"}).find("protocol-native") != std::string::npos;
 }
 
-std::string SoundServer::address() const { return "unix:" + (m_folder.path() / "native").string(); }
-
 void SoundServer::start() {
   const std::string folder = m_folder.path().string();
   // Without norewinds a sink of its kind runs up to two seconds ahead of what is heard.
-  m_server = spawn({"env", "-u", "PULSE_SERVER", "pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1",
-                    "--use-pid-file=no", "--log-target=file:" + folder + "/log",
+  m_server = spawn({"env", "-u", "PULSE_SERVER", "XDG_RUNTIME_DIR=" + folder, "HOME=" + folder,
+                    "PULSE_RUNTIME_PATH=" + folder + "/pulse", "PULSE_STATE_PATH=" + folder + "/state",
+                    "pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no",
+                    "--log-target=file:" + folder + "/log",
                     "--load=module-native-protocol-unix socket=" + folder + "/native auth-anonymous=1",
-                    "--load=module-null-sink sink_name=spk rate=44100 channels=2 norewinds=1"},
-                   {"XDG_RUNTIME_DIR=" + folder, "HOME=" + folder, "PULSE_RUNTIME_PATH=" + folder + "/pulse",
-                    "PULSE_STATE_PATH=" + folder + "/state"});
+                    "--load=module-null-sink sink_name=spk rate=44100 channels=2 norewinds=1"});
   for (const auto deadline = std::chrono::steady_clock::now() + kPatience; control({"info"}).empty();) {
     if (std::chrono::steady_clock::now() > deadline)
       throw std::runtime_error("the sound server does not start");
@@ -169,15 +155,14 @@ std::string SoundServer::control(const std::vector<std::string> &arguments) cons
   const auto [reader, writer] = makePipe();
   std::vector<std::string> all{"pactl"};
   all.insert(all.end(), arguments.begin(), arguments.end());
-  const pid_t pid = spawn(all, {}, -1, writer);
+  const pid_t pid = spawn(all, -1, writer);
   ::close(writer);
   std::string said;
   std::array<char, 4096> piece{};
   for (ssize_t count = 0; (count = ::read(reader, piece.data(), piece.size())) > 0;)
     said.append(piece.data(), static_cast<std::size_t>(count));
   ::close(reader);
-  const bool worked = reap(pid) == 0;
-  return worked ? said : "";
+  return reap(pid) == 0 ? said : "";
 }
 
 std::string SoundServer::module(const std::vector<std::string> &arguments) const {
@@ -219,14 +204,10 @@ void SoundServer::setDefaultMicrophone(const std::string &name) const {
 
 void SoundServer::say(const std::vector<std::int16_t> &samples, const std::string &microphone,
                       int rate) const {
-  play(samples, microphone + "bus", rate);
-}
-
-void SoundServer::play(const std::vector<std::int16_t> &samples, const std::string &sink, int rate) const {
   const auto [reader, writer] = makePipe();
   const pid_t pid = spawn({"pacat", "--playback", "--raw", "--format=s16le", "--rate=" + std::to_string(rate),
-                           "--channels=1", "--device=" + sink},
-                          {}, reader, -1);
+                           "--channels=1", "--device=" + microphone + "bus"},
+                          reader);
   ::close(reader);
   const auto *bytes = reinterpret_cast<const char *>(samples.data());
   for (std::size_t left = samples.size() * 2; left > 0;) {
@@ -239,8 +220,6 @@ void SoundServer::play(const std::vector<std::int16_t> &samples, const std::stri
   if (reap(pid) != 0) throw std::runtime_error("nothing could be said to the sound server");
 }
 
-std::unique_ptr<Recording> SoundServer::record() const {
-  return std::unique_ptr<Recording>(new Recording("spk.monitor"));
-}
+std::unique_ptr<Recording> SoundServer::record() const { return std::unique_ptr<Recording>(new Recording); }
 
 }  // namespace velmora::tests

@@ -31,15 +31,13 @@ class Recording {
   Recording(const Recording &) = delete;
   Recording &operator=(const Recording &) = delete;
 
-  /// All so far.
-  [[nodiscard]] std::vector<std::int16_t> samples() const;
   /// Waits until `count` samples from the first one that is no silence have come; those, or fewer when the
   /// patience ran out.
   [[nodiscard]] std::vector<std::int16_t> waitForSound(std::size_t count) const;
 
  private:
   friend class SoundServer;
-  explicit Recording(const std::string &monitor);
+  Recording();
   void receive();
 
   pid_t m_recorder = -1;
@@ -76,19 +74,14 @@ class SoundServer {
   /// Speaks mono samples into the bus of a microphone and returns when they have been said.
   void say(const std::vector<std::int16_t> &samples, const std::string &microphone = "mic",
            int rate = 44100) const;
-  /// Plays mono samples through the loudspeaker, as any program may.
-  void play(const std::vector<std::int16_t> &samples, int rate) const { play(samples, "spk", rate); }
   [[nodiscard]] std::unique_ptr<Recording> record() const;
 
   /// Runs `pactl` and gives what it says.
   std::string control(const std::vector<std::string> &arguments) const;
   /// Whether some program has a microphone open.
   [[nodiscard]] bool isHeardBySomebody() const;
-  /// The value of PULSE_SERVER for other programs.
-  [[nodiscard]] std::string address() const;
 
  private:
-  void play(const std::vector<std::int16_t> &samples, const std::string &sink, int rate) const;
   [[nodiscard]] std::string module(const std::vector<std::string> &arguments) const;
 
   TemporaryFolder m_folder;
