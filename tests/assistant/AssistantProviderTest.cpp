@@ -207,8 +207,6 @@ TEST_F(AssistantProviderTest, RefusesWhatItCannotServeWithAMessage) {
   } cases[] = {
       {"configuration is missing", {}},
       {"must hold the configuration", {audioRequest("xx")}},
-      {"must hold the configuration", {ConverseRequest()}},
-      {"LINEAR16", {configured([](auto &in, auto &) { in = AudioInConfig(); })}},
       {"LINEAR16", {configured([](auto &in, auto &) { in.setEncoding(AudioInConfig::Encoding::flac); })}},
       {"LINEAR16", {configured([](auto &in, auto &) { in.setSampleRateHertz(44100); })}},
       {"MP3 or",
@@ -222,18 +220,14 @@ TEST_F(AssistantProviderTest, RefusesWhatItCannotServeWithAMessage) {
   }
 }
 
-TEST_F(AssistantProviderTest, SpeaksInPlainSamplesAtTheVolumeAskedForAndTellsAnother) {
-  const auto askAt = [this](int volume) {
-    return ask("turn the volume down", configured([=](auto &, auto &out) {
-                 out.setEncoding(AudioOutConfig::Encoding::linear16);
-                 out.setVolumePercentage(volume);
-               }));
-  };
-  const Turn full = askAt(100);
-  EXPECT_EQ(full.last.volumePercentage(), 80) << full.requestText;
-  EXPECT_GT(full.audio.size(), 8000U);
-  EXPECT_EQ(full.audio.size() % 2, 0U);
-  EXPECT_EQ(askAt(0).audio.find_first_not_of('\0'), std::string::npos);
+TEST_F(AssistantProviderTest, SpeaksAtTheVolumeAskedForAndTellsAnother) {
+  const Turn turn = ask("turn the volume up", configured([](auto &, auto &out) {
+                          out.setEncoding(AudioOutConfig::Encoding::linear16);
+                          out.setVolumePercentage(0);
+                        }));
+  EXPECT_EQ(turn.last.volumePercentage(), 20) << turn.requestText;
+  EXPECT_GT(turn.audio.size(), 8000U);
+  EXPECT_EQ(turn.audio.find_first_not_of('\0'), std::string::npos);
 }
 
 TEST_F(AssistantProviderTest, StreamsThatMisbehaveAreEndedAndCostNobodyElseAnything) {
@@ -257,12 +251,19 @@ TEST_F(AssistantProviderTest, StreamsThatMisbehaveAreEndedAndCostNobodyElseAnyth
               HasSubstr("\"most_streams\":3,\"refused\":5,\"streams\":0,\"turns\":1}"));
 }
 
-TEST_F(AssistantProviderTest, WhoNeverReadsAndWhoNeverSpeaksStandInNobodysWay) {
+TEST_F(AssistantProviderTest, WhoNeverReadsNeverSpeaksOrLeavesStandsInNobodysWay) {
   // Connections that say nothing, and some that say what is no handshake.
   std::vector<std::unique_ptr<tests::RawConnection>> mute;
   for (int i = 0; i < 40; ++i) {
     mute.push_back(std::make_unique<tests::RawConnection>(m_server->port()));
     if (i % 2 == 0) mute.back()->send("GET / HTTP/1.1\r\n\r\n\x16\x03\x01 garbage");
+  }
+  // Calls that end in the middle of their request.
+  for (int i = 0; i < 5; ++i) {
+    ASSERT_TRUE(isIdle()) << "places are few";
+    const auto call = m_service->converse([](const CallResult &) {});
+    call->send(configured());
+    call->send(audioRequest(spoken("what time is it").substr(0, 20000)));
   }
   // A request for half a megabyte of answer whose responses nobody takes.
   const auto unread = m_service->converse([](const CallResult &) {});
@@ -275,18 +276,6 @@ TEST_F(AssistantProviderTest, WhoNeverReadsAndWhoNeverSpeaksStandInNobodysWay) {
 
   EXPECT_THAT(ask("what time is it").answerText, HasSubstr("12:00"));
   EXPECT_TRUE(isIdle());
-}
-
-TEST_F(AssistantProviderTest, AClientThatVanishesDisturbsNobody) {
-  for (int i = 0; i < 5; ++i) {
-    // Places are few, and the one before has been left in the lurch just now.
-    ASSERT_TRUE(isIdle());
-    const auto call = m_service->converse([](const CallResult &) {});
-    call->send(configured());
-    call->send(audioRequest(spoken("what time is it").substr(0, 20000)));
-  }
-  EXPECT_TRUE(isIdle());
-  EXPECT_EQ(ask("what time is it").end.statusCode, 0);
 }
 
 }  // namespace

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <span>
 #include <thread>
 
 #include "assistant/speech/Mp3Encoder.h"
@@ -17,18 +17,15 @@ namespace {
 
 using tests::Samples;
 
-tests::Sound decoded(const std::string &mp3) {
+/// What comes out of `samples` as MP3, made of two pieces.
+tests::Sound throughMp3(const Samples &samples) {
+  Mp3Encoder encoder;
+  const std::span all(samples);
+  std::string mp3 = encoder.encode(all.first(4000));
+  EXPECT_FALSE(mp3.empty()) << "the first sound does not wait for the last";
+  mp3 += encoder.encode(all.subspan(4000)) + encoder.finish();
   const tests::TemporaryFolder folder;
   return tests::readAudio(folder.write("answer.mp3", mp3));
-}
-
-std::string encode(const Samples &samples, std::size_t piece) {
-  Mp3Encoder encoder;
-  std::string mp3;
-  for (std::size_t at = 0; at < samples.size(); at += piece) {
-    mp3 += encoder.encode(std::span(samples).subspan(at, std::min(piece, samples.size() - at)));
-  }
-  return mp3 + encoder.finish();
 }
 
 TEST(Voice, AnAnswerSurvivesMp3AtItsVolume) {
@@ -42,11 +39,11 @@ TEST(Voice, AnAnswerSurvivesMp3AtItsVolume) {
   const struct {
     int percent;
     double change;  ///< dB
-  } cases[] = {{100, 0.0}, {50, -6.02}, {10, -20.0}, {250, 0.0}};
+  } cases[] = {{100, 0.0}, {50, -6.02}, {250, 0.0}};
   for (const auto &c : cases) {
     Samples samples = full;
     applyVolume(samples, c.percent);
-    const tests::Sound heard = decoded(encode(samples, 4000));
+    const tests::Sound heard = throughMp3(samples);
     EXPECT_EQ(heard.format.samplerate, kSpeechRate);
     EXPECT_EQ(heard.format.channels, 1);
     // An encoder's delay at the beginning, and the filling of the last frame.
@@ -54,23 +51,6 @@ TEST(Voice, AnAnswerSurvivesMp3AtItsVolume) {
     EXPECT_LE(heard.samples.size(), full.size() + 3 * 1152);
     EXPECT_NEAR(tests::levelOf(heard.samples), tests::levelOf(full) + c.change, 0.7) << c.percent;
   }
-  for (const int percent : {0, -1, -2147483647 - 1, 2147483647}) {
-    const Samples extremes{32767, -32768, -1};
-    Samples samples = extremes;
-    applyVolume(samples, percent);
-    EXPECT_EQ(samples, percent > 0 ? extremes : Samples(3)) << percent;
-  }
-}
-
-TEST(Voice, FirstBytesLeaveEarlyAndAreBareFrames) {
-  const Samples speech = speak("Hello.");
-  Mp3Encoder encoder;
-  const std::string first = encoder.encode(std::span(speech).first(4000));
-  ASSERT_GE(first.size(), 4U);
-  // Layer III of MPEG 2 without a checksum, 48 kb/s, 16 kHz: a frame and no tag.
-  EXPECT_EQ(first.substr(0, 3), "\xff\xf3\x68");
-  EXPECT_EQ(encode(speech, 1), encode(speech, 100'000));
-  EXPECT_EQ(first, encode(speech, 100'000).substr(0, first.size()));
 }
 
 TEST(Voice, SpeakersTakeTurnsWhateverTheyAreToSay) {

@@ -34,6 +34,8 @@ TEST_F(AssistantTest, SaysWhereItIsInAPrivateFolderAndLeavesNothingBehind) {
     EXPECT_EQ(deployment.host, "127.0.0.1");
     for (const auto &entry : fs::directory_iterator(folder))
       EXPECT_THAT(readFile(entry.path()), Not(HasSubstr("the-token"))) << entry.path();
+    Program status(VELMORA_ASSISTANT, {"--status"}, environment());
+    EXPECT_THAT(endOf(status).out, MatchesRegex("[^\n]*\"turns\":0[^\n]*\n"));
 
     const auto told = Clock::now();
     if (number != 0) program.signal(number);
@@ -55,10 +57,7 @@ TEST_F(AssistantTest, RefusesWhatItCannotDoWithOneLine) {
   } cases[] = {{{"--port", port}, 1, "Cannot listen on " + address},
                {{"--sign-in-port", port}, 1, "Cannot listen on " + address},
                {{"--token-file", "/nowhere/token"}, 1, "/nowhere/token"},
-               {{"--port", "65536"}, 2, "--port takes a number"},
-               {{"--port"}, 2, "[Mm]issing value"},
-               {{"--frobnicate"}, 2, "frobnicate"},
-               {{"extra"}, 2, "unexpected argument 'extra'"}};
+               {{"--port", "65536"}, 2, "--port takes a number"}};
   for (const auto &c : cases) {
     Program program(VELMORA_ASSISTANT, c.arguments, environment());
     const Outcome outcome = endOf(program);

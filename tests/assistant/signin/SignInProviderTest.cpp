@@ -83,23 +83,15 @@ class SignInProviderTest : public ::testing::Test {
 
 TEST_F(SignInProviderTest, TheConsentPageIsSafeToShowAndInTheLanguageOfTheUser) {
   const std::pair<const char *, const char *> cases[] = {{"de-AT,de;q=0.9,en;q=0.8", "lang=\"de\""},
-                                                         {"en-US,de;q=0.9", "lang=\"en\""},
-                                                         {"deu", "lang=\"en\""},
                                                          {"-,;", "lang=\"en\""}};
-  const std::string target = "/authorize?" + kKnown + kUri;
   for (const auto &[languages, asks] : cases) {
-    const Answer page = tests::get(m_provider.port(), target,
+    const Answer page = tests::get(m_provider.port(), "/authorize?" + kKnown + kUri,
                                    std::string("Accept-Language: ").append(languages).append("\r\n"));
     EXPECT_THAT(page.body, AllOf(HasSubstr(asks), HasSubstr("Velm&lt;o&gt;ra"), Not(HasSubstr("{{"))));
     EXPECT_THAT(page.field("Content-Security-Policy"),
                 MatchesRegex("default-src 'none'; style-src 'sha256-[A-Za-z0-9+/=]{44}'; form-action 'self' "
                              "http://localhost/; frame-ancestors 'none'; base-uri 'none'"));
   }
-  EXPECT_THAT(ask(kKnown + kUri).body, HasSubstr("does not leave it and is not kept."));
-  SignInProvider recording({.clients = {{"velmora", "s", "V", "http://localhost/"}}, .isRecorded = true});
-  recording.start();
-  EXPECT_THAT(tests::get(recording.port(), "/authorize?" + kKnown + kUri).body,
-              HasSubstr("does not leave it and is recorded on it"));
 }
 
 TEST_F(SignInProviderTest, AConsentLeadsToTokensThatAreGoodForAnHour) {
@@ -112,8 +104,6 @@ TEST_F(SignInProviderTest, AConsentLeadsToTokensThatAreGoodForAnHour) {
   EXPECT_EQ(tokens.at("expires_in"), 3600);
   const std::string access = tokens.at("access_token");
   const std::string refreshToken = tokens.at("refresh_token");
-  for (const std::string &token : {access, refreshToken})
-    EXPECT_THAT(token, MatchesRegex("[A-Za-z0-9_-]{43}"));
   m_now += 3599;
   EXPECT_TRUE(isLive(tokens));
   m_now += 1;
@@ -137,21 +127,13 @@ TEST_F(SignInProviderTest, OnlyAKnownClientAtItsOwnAddressIsRedirectedTo) {
     int status;
     std::string location = {};
   } cases[] = {{kKnown + "&redirect_uri=http%3A%2F%2Flocalhost%2F", 200},
-               {kKnown + kUri + "&unknown=1", 200},
-               {kKnown, 400},
                {"client_id=nobody&response_type=code" + kUri, 400},
-               {"response_type=code" + kUri, 400},
-               {kKnown + "&redirect_uri=http://localhost", 400},
                {kKnown + "&redirect_uri=http://localhost/%00", 400},
                {kKnown + "&redirect_uri=http://localhost.evil.example/", 400},
-               {kKnown + "&redirect_uri=https://evil.example/", 400},
                {kKnown + kUri + kUri, 400},
                {kKnown + kUri + "&state=%zz", 400},
-               {kKnown + kUri + "&state=%ff", 400},
                {"client_id=velmora" + kUri + "&state=a%26b", 303,
                 "http://localhost/?error=invalid_request&state=a%26b"},
-               {"client_id=velmora&response_type=token" + kUri, 303,
-                "http://localhost/?error=unsupported_response_type"},
                {kKnown + kUri + "&scope=everything", 303, "http://localhost/?error=invalid_scope"}};
   for (const auto &c : cases) {
     const Answer answer = ask(c.query);
@@ -174,11 +156,9 @@ TEST_F(SignInProviderTest, ADecisionCountsOnceAndOnlyFromItsPage) {
     std::string fields = {};
   } cases[] = {{"decision=allow&consent=" + refused, 403},
                {"decision=allow&consent=" + late, 403},
-               {"decision=allow", 403},
                {"decision=allow&client_id=velmora&response_type=code" + kUri, 403},
                {"decision=allow&consent=" + good, 403, "Origin: http://evil.example\r\n"},
                {"decision=perhaps&consent=" + good, 400},
-               {"decision=allow&consent=%4&consent=" + good, 400},
                {"decision=allow&consent=" + good, 303},
                {"decision=allow&consent=" + good, 403}};
   for (const auto &c : cases) {
@@ -214,18 +194,11 @@ TEST_F(SignInProviderTest, TheTokenEndpointRefusesWithTheProperError) {
     int status;
     std::string error;
   } cases[] = {{"", "", 401, "invalid_client"},
-               {"client_id=velmora&client_secret=wrong", "", 401, "invalid_client"},
                {"client_id=other&client_secret=a%26%20secret", "", 401, "invalid_client"},
                {"grant_type=refresh_token", "Authorization: Basic %%%\r\n", 401, "invalid_client"},
-               {"grant_type=refresh_token", "Authorization: Basic dmVsbW9yYQ==\r\n", 401, "invalid_client"},
-               {kVelmora, kBasic, 400, "invalid_request"},
                {"client_id=other" + refresh + "x", kBasic, 400, "invalid_request"},
-               {kVelmora, "", 400, "invalid_request"},
                {kVelmora + "&grant_type=password", "", 400, "unsupported_grant_type"},
-               {kVelmora + "&grant_type=refresh_token", "", 400, "invalid_request"},
-               {kVelmora + refresh + "a%g0", "", 400, "invalid_request"},
                {kVelmora + refresh + "a&refresh_token=b", "", 400, "invalid_request"},
-               {kVelmora + "&grant_type=authorization_code&code=x", "", 400, "invalid_request"},
                {kVelmora + "&grant_type=authorization_code&code=x" + kUri, "", 400, "invalid_grant"},
                {kVelmora + refresh + "x", "", 400, "invalid_grant"},
                {refresh.substr(1) + "x", kBasic, 400, "invalid_grant"}};
@@ -234,10 +207,8 @@ TEST_F(SignInProviderTest, TheTokenEndpointRefusesWithTheProperError) {
     EXPECT_EQ(answer.status, c.status) << c.form << ' ' << c.fields;
     EXPECT_EQ(errorOf(answer), c.error) << c.form << ' ' << c.fields;
     EXPECT_EQ(answer.field("WWW-Authenticate").empty(), c.status != 401 || c.fields.empty()) << c.fields;
-    EXPECT_EQ(answer.field("Cache-Control"), "no-store");
   }
-  const std::pair<const char *, int> others[] = {{"/token", 405}, {"/revoke", 405}, {"/nothing", 404}};
-  for (const auto &[path, status] : others) EXPECT_EQ(tests::get(m_provider.port(), path).status, status);
+  EXPECT_EQ(tests::get(m_provider.port(), "/token").status, 405) << "what stands in an address is kept";
 }
 
 TEST_F(SignInProviderTest, RevokingEitherTokenEndsBoth) {
@@ -246,15 +217,13 @@ TEST_F(SignInProviderTest, RevokingEitherTokenEndsBoth) {
     const std::string token = "&token=" + tokens.at(which).get<std::string>();
     EXPECT_EQ(post("/revoke", kOther + token).status, 400) << "another client's";
     EXPECT_EQ(post("/revoke", token.substr(1)).status, 401);
+    EXPECT_EQ(errorOf(refresh(tokens, kOther)), "invalid_grant");
     EXPECT_TRUE(isLive(tokens));
-    EXPECT_EQ(post("/revoke", kVelmora + token + "&token_type_hint=nonsense").status, 200);
+    EXPECT_EQ(post("/revoke", kVelmora + token).status, 200);
     EXPECT_FALSE(isLive(tokens));
     EXPECT_EQ(errorOf(refresh(tokens)), "invalid_grant");
     EXPECT_EQ(post("/revoke", kVelmora + token).status, 200) << "already gone is as good";
   }
-  EXPECT_EQ(errorOf(post("/revoke", kVelmora)), "invalid_request");
-  const json others = signIn();
-  EXPECT_EQ(errorOf(refresh(others, kOther)), "invalid_grant");
 }
 
 }  // namespace
