@@ -7,7 +7,6 @@
 #include <gmock/gmock.h>
 
 #include <QCoreApplication>
-#include <QDateTime>
 #include <csignal>
 #include <optional>
 
@@ -30,7 +29,6 @@ using tests::eventually;
 using tests::OtherProgram;
 using tests::Program;
 using tests::UserSession;
-using tests::xdotool;
 
 bool hasOwnNetwork = false;
 constexpr std::chrono::milliseconds kMoment{300};
@@ -159,17 +157,6 @@ TEST_F(Desktop, ADayOfItsUser) {
   ASSERT_TRUE(sees("push button", "Talk"));
   EXPECT_FALSE(isShown("Listening…"));
 
-  // A double click opens and closes: the microphone stays closed.
-  UserSession::type({"Escape"});
-  ASSERT_TRUE(seesNoMore("push button", "Talk"));
-  UserSession::clickIcon();  // finds what it opened closed already
-  std::this_thread::sleep_for(2 * kMoment);
-  ASSERT_TRUE(xdotool({"mousemove", "1268", "12", "click", "--repeat", "2", "--delay", "60", "1"}));
-  std::this_thread::sleep_for(3 * kMoment);
-  EXPECT_FALSE(m_session->sound().isHeardBySomebody());
-  UserSession::clickIcon();
-  ASSERT_TRUE(sees("label", "Listening…"));
-
   // Escape closes; then the shortcut reaches it whoever has the focus. The first press finds what it opened
   // closed already.
   UserSession::type({"Escape"});
@@ -224,10 +211,6 @@ TEST_F(Desktop, WithoutNetworkItSaysSo) {
   }));
   UserSession::type({"space"});
   EXPECT_TRUE(sees("label", "Listening…")) << m_reader->text();
-  // Without a microphone that is all there is to say.
-  m_session->sound().unplugMicrophone("mic");
-  UserSession::type({"super+F2"});
-  EXPECT_TRUE(sees("label", "Please attach Audio Input device to start with Google Assistant"));
 }
 
 TEST_F(Desktop, TheLocalAssistantComesBackAndNeverStaysBehind) {
@@ -303,57 +286,6 @@ TEST_F(Desktop, WithoutAPanelItShowsItselfAndOneThatComesIsUsed) {
   EXPECT_TRUE(sees("", "Sign in to Velmora")) << m_reader->text();
   m_session->startPanel();
   ASSERT_TRUE(sees("label", "This is where Velmora is")) << m_reader->text();
-}
-
-TEST_F(Desktop, AMissingPartIsSaidAndTheRestGoesOn) {
-  UserDefaults settings = defaults();
-  for (const QLatin1String key : {kAuthTokenKey, kRefreshTokenKey})
-    settings.setObject(QStringLiteral("of another time"), key);
-  settings.setObject(QDateTime::currentDateTimeUtc().addDays(-1), kExpiresInKey);
-  settings.setObject(true, QStringLiteral("isFirstTime"));
-  settings.setObject(true, kLoggedInKey);
-  settings.synchronize();
-  m_session->startPanel();
-  const fs::path program = VELMORA;
-  const fs::path parts = VELMORA_PARTS;
-  const struct {
-    const char *part, *line, *shown;
-  } cases[] = {{"velmora-conversation.so", "The assistant cannot be spoken with: ",
-                "A part of Velmora is missing or damaged. Please install Velmora again."},
-               {"velmora-sound-engine.so", "Audio error: sound cannot be had: ", "Google Assistant"},
-               {"velmora-http-engine.so", "Token refresh error: requests cannot be sent: ", nullptr}};
-  for (const auto &c : cases) {
-    const tests::TemporaryFolder place;
-    const fs::path folder = place.path() / "bin";
-    const fs::path others = (folder / parts.lexically_relative(program.parent_path())).lexically_normal();
-    fs::create_directories(folder);
-    fs::create_directories(others);
-    fs::copy(program, folder / "velmora");
-    fs::create_symlink(program.parent_path() / "velmora-assistant", folder / "velmora-assistant");
-    for (const auto &part : fs::directory_iterator(parts))
-      if (part.path().filename() != c.part) fs::create_symlink(part, others / part.path().filename());
-    start({}, folder / "velmora");
-    ASSERT_TRUE(m_velmora->waitForOut("Not First Time"));
-    EXPECT_EQ(startAgain({"--listen"}), 0);
-    EXPECT_TRUE(m_velmora->waitForOut(c.line)) << m_velmora->out();
-    EXPECT_TRUE(c.shown == nullptr || eventually([&] { return isShown(c.shown); })) << c.part;
-    ASSERT_TRUE(m_velmora->isRunning()) << c.part;
-    m_velmora->signal(SIGTERM);
-    EXPECT_EQ(m_velmora->wait(), 0) << c.part;
-  }
-}
-
-TEST_F(Desktop, WrongArgumentsAndDeploymentsAreSaidInALine) {
-  const std::pair<std::vector<std::string>, std::pair<int, const char *>> cases[] = {
-      {{"--nonsense"}, {2, "velmora: unknown argument: --nonsense; see velmora --help\n"}},
-      {{"--listen", "--quit"}, {2, "velmora: one thing at a time: --quit; see velmora --help\n"}},
-      {{"--quit"}, {1, "velmora: Velmora is not running\n"}},
-      {{"--deployment", "/nowhere"}, {1, "velmora: "}}};
-  for (const auto &[arguments, end] : cases) {
-    Program program(VELMORA, arguments, UserSession::environment());
-    EXPECT_EQ(program.wait(), end.first);
-    EXPECT_THAT(program.err(), HasSubstr(end.second));
-  }
 }
 
 }  // namespace

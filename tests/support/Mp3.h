@@ -12,13 +12,14 @@
 
 namespace velmora::tests {
 
-/// Mono samples as MP3 of 128 kb/s whose frames each stand by themselves, as long as what comes out of them.
-inline std::string encodeMp3(const std::vector<std::int16_t> &samples, int rate = 44100) {
+/// Mono samples of 44.1 kHz as MP3 of 128 kb/s whose frames each stand by themselves, as long as what comes
+/// out of them.
+inline std::string encodeMp3(const std::vector<std::int16_t> &samples) {
   const std::unique_ptr<lame_global_flags, decltype([](lame_t lame) { lame_close(lame); })> lame(lame_init());
   lame_set_num_channels(lame.get(), 1);
   lame_set_mode(lame.get(), MONO);
-  lame_set_in_samplerate(lame.get(), rate);
-  lame_set_out_samplerate(lame.get(), rate);
+  lame_set_in_samplerate(lame.get(), 44100);
+  lame_set_out_samplerate(lame.get(), 44100);
   lame_set_brate(lame.get(), 128);
   lame_set_bWriteVbrTag(lame.get(), 0);
   lame_set_write_id3tag_automatic(lame.get(), 0);

@@ -2,9 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <poll.h>
-#include <sys/syscall.h>
-#include <unistd.h>
+#include <sys/types.h>
 
 #include <QProcess>
 #include <QProcessEnvironment>
@@ -96,50 +94,27 @@ class Program {
 
   /// Waits until standard output or error holds `text`.
   bool waitForOut(const std::string &text) {
-    m_process.setReadChannel(QProcess::StandardOutput);
-    while (out().find(text) == std::string::npos) {
-      if (!m_process.waitForReadyRead(kLimit)) return false;
-    }
-    return true;
+    return waitFor(QProcess::StandardOutput, [&] { return out().find(text) != std::string::npos; });
   }
   bool waitForErr(const std::string &text) {
-    m_process.setReadChannel(QProcess::StandardError);
-    while (err().find(text) == std::string::npos) {
-      if (!m_process.waitForReadyRead(kLimit)) return false;
-    }
-    return true;
+    return waitFor(QProcess::StandardError, [&] { return err().find(text) != std::string::npos; });
   }
-
-  /// The processes that it started and that still run.
-  [[nodiscard]] std::vector<pid_t> children() const { return childrenOf(pid()); }
 
  private:
   static constexpr int kLimit = 60'000;
+
+  template <typename Condition>
+  bool waitFor(QProcess::ProcessChannel channel, const Condition &condition) {
+    m_process.setReadChannel(channel);
+    while (!condition())
+      if (!m_process.waitForReadyRead(kLimit)) return false;
+    return true;
+  }
 
   QProcess m_process;
   bool m_started = false;
   std::string m_out;
   std::string m_err;
-};
-
-/// Watches a process that need not be a child of ours; made while it runs.
-class ProcessWatch {
- public:
-  explicit ProcessWatch(pid_t pid) : m_descriptor(static_cast<int>(::syscall(SYS_pidfd_open, pid, 0))) {}
-  ~ProcessWatch() {
-    if (m_descriptor >= 0) ::close(m_descriptor);
-  }
-  ProcessWatch(const ProcessWatch &) = delete;
-  ProcessWatch &operator=(const ProcessWatch &) = delete;
-
-  /// Waits up to ten seconds for its end.
-  [[nodiscard]] bool ends() const {
-    pollfd watched{.fd = m_descriptor, .events = POLLIN, .revents = 0};
-    return m_descriptor >= 0 && ::poll(&watched, 1, 10'000) == 1;
-  }
-
- private:
-  int m_descriptor;
 };
 
 }  // namespace velmora::tests
