@@ -278,8 +278,8 @@ class Service {
     m_firstHalf = soundResponse(mp3.substr(0, mp3.size() / 2));
     m_lastHalf = soundResponse(mp3.substr(mp3.size() / 2));
     (void)m_folder.write("roots.pem", m_server.roots());
-    (void)m_folder.write("deployment.json",
-                         R"({"host": "127.0.0.1", "port": )" + std::to_string(m_server.port()) + "}");
+    (void)m_folder.write("deployment.json", R"({"host": "127.0.0.1", "port": )" +
+                                                std::to_string(*m_server.deployment().port) + "}");
     (void)m_folder.write("google_oauth2.json", "{}");
   }
   [[nodiscard]] std::string deployment() const { return m_folder.path().string(); }

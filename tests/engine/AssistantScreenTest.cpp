@@ -7,23 +7,16 @@
 #include <QLabel>
 #include <QTest>
 #include <QToolButton>
-#include <algorithm>
 #include <atomic>
-#include <cmath>
 
 #include "auth/TokenStore.h"
-#include "engine/AssistantViewController.h"
 #include "engine/AssistantWindowController.h"
-#include "foundation/Deployment.h"
-#include "platform/Alert.h"
 #include "protocol/ConverseRequest.h"
-#include "protocol/Responses.h"
-#include "support/CapturedLog.h"
 #include "support/EventLoop.h"
 #include "support/Mp3.h"
+#include "support/Responses.h"
 #include "support/ScriptedServer.h"
 #include "support/SoundServer.h"
-#include "support/TemporaryFolder.h"
 #include "support/ToneFit.h"
 #include "ui/NodeOutputPlot.h"
 #include "ui/preferences/PreferenceKeys.h"
@@ -33,30 +26,21 @@ namespace {
 
 using Request = Google_Assistant_Embedded_V1alpha1_ConverseRequest;
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-using tests::CapturedLog;
 using tests::Inbox;
 using tests::Response;
 using tests::Result;
 using tests::runUntil;
 using tests::ScriptedServer;
-using tests::SoundServer;
 
 /// Hears a few frames and answers with a tone.
 class Service {
  public:
-  Service() {
-    (void)m_folder.write("roots.pem", m_server.roots());
-    deployment = {
-        .folder = m_folder.path(), .host = "127.0.0.1", .port = static_cast<std::uint16_t>(m_server.port())};
-  }
+  [[nodiscard]] const Deployment &deployment() const { return m_server.deployment(); }
 
-  Deployment deployment;
   Inbox<std::string> tokens;    // of the calls
   Inbox<int> volumes;           // that they ask for
   Inbox<std::string> frames;    // of all that was heard
   std::atomic<int> length = 3;  // of an utterance, in frames; 0: the user ends it
-  std::atomic<int> newVolume = 0;
   std::atomic<StatusCode> refusal = StatusCode::ok;
   std::atomic<bool> asksBack = false;
   std::atomic<double> seconds = 0.5;  // of the answer
@@ -73,7 +57,7 @@ class Service {
     const std::vector<std::int16_t> quiet(static_cast<std::size_t>(44100 * seconds), 100);
     Result last;
     last.setSpokenResponseText("It is noon.");
-    last.setVolumePercentage(newVolume);
+    last.setVolumePercentage(40);
     if (asksBack) last.setMicrophoneMode(Result::MicrophoneMode::dialogFollowOn);
     Response end;
     end.setResult(last);
@@ -83,20 +67,18 @@ class Service {
     return {};
   }
 
-  tests::TemporaryFolder m_folder;
   ScriptedServer m_server{[this](ScriptedServer::Call &call) { return converse(call); }};
 };
 
 class Host final : public AssistantHost {
  public:
-  bool isReachable() const override { return reachable; }
+  bool isReachable() const override { return true; }
   const Deployment *deployment() const override { return service; }
   ApplicationInformation information() const override { return {}; }
   void closeShownPopover() override {}
   void terminate() override {}
   void screenBusyChanged() override { ++busyChanges; }
 
-  bool reachable = true;
   const Deployment *service = nullptr;
   int busyChanges = 0;
 };
@@ -104,16 +86,11 @@ class Host final : public AssistantHost {
 class AssistantScreenTest : public ::testing::Test {
  protected:
   AssistantScreenTest() {
-    setAlertAnswer([this](const Alert &alert) {
-      alerts.push_back(alert.messageText.toStdString());
-      return 0;
-    });
     defaults.setObject(QStringLiteral("first"), kAuthTokenKey);
-    host.service = &service.deployment;
+    host.service = &service.deployment();
     window.emplace(host, defaults);
     window->showWindow();
   }
-  void TearDown() override { setAlertAnswer({}); }
 
   /// Listens until the service has heard three frames.
   void begin() {
@@ -128,9 +105,7 @@ class AssistantScreenTest : public ::testing::Test {
   }
   template <typename Widget = QToolButton>
   [[nodiscard]] Widget &outlet(const char *name) {
-    auto *const found = window->findChild<Widget *>(QLatin1String(name));
-    if (found == nullptr) throw std::runtime_error(name);
-    return *found;
+    return *window->findChild<Widget *>(QLatin1String(name));
   }
   [[nodiscard]] std::string label() { return outlet<QLabel>("spokenTextLabel").text().toStdString(); }
   [[nodiscard]] std::string answer() { return outlet<QLabel>("answer").text().toStdString(); }
@@ -146,9 +121,7 @@ class AssistantScreenTest : public ::testing::Test {
            !outlet("microphoneButton").isVisible();
   }
 
-  std::vector<std::string> alerts;
-  const CapturedLog log;
-  SoundServer sound;
+  tests::SoundServer sound;
   Service service;
   Host host;
   UserDefaults defaults;
@@ -157,7 +130,7 @@ class AssistantScreenTest : public ::testing::Test {
 
 TEST_F(AssistantScreenTest, ATurnIsShownFromTheClickToTheEndOfTheAnswer) {
   EXPECT_EQ(label(), "What's on your mind?");
-  ASSERT_TRUE(isIdle());
+  defaults.setObject(57, kAnswerVolumeKey);
   outlet("microphoneButton").click();
   ASSERT_TRUE(runUntil([&] { return listens(); }));
   ASSERT_TRUE(runUntil([&] { return isSpeaking(); }));
@@ -166,25 +139,24 @@ TEST_F(AssistantScreenTest, ATurnIsShownFromTheClickToTheEndOfTheAnswer) {
   ASSERT_TRUE(runUntil([&] { return isIdle(); }));
   EXPECT_EQ(answer(), "It is noon.");
   EXPECT_EQ(window->conversation().back().text, "It is noon.");
-  EXPECT_FALSE(window->conversation().back().fromUser);
-  EXPECT_EQ(label(), "\"What time is it\"") << "it stays until the next one";
   EXPECT_EQ(host.busyChanges, 2);
-  for (const auto &[text, shown] :
-       {std::pair("über", "\"Über\""), std::pair("\xf0\x90\x90\xa8x", "\"\xf0\x90\x90\x80x\""),
-        std::pair("", "\"\"")}) {
-    window->updateRequestText(text);
-    EXPECT_TRUE(runUntil([&, wanted = shown] { return label() == wanted; })) << label();
-  }
+  EXPECT_THAT(service.volumes.values(), ElementsAre(57));
+  EXPECT_EQ(defaults.objectForKey(kAnswerVolumeKey).toInt(), 40) << "as the answer asks for";
+  // Whatever button closed it: the next time the space bar talks again.
+  outlet("closeButton").setFocus();
+  QTest::keyClick(&outlet("closeButton"), Qt::Key_Space);
+  ASSERT_FALSE(window->isVisible());
+  window->showWindow();
+  EXPECT_EQ(window->focusWidget(), &outlet("microphoneButton"));
 }
 
-TEST_F(AssistantScreenTest, TheServiceHearsEverySampleOnce) {
-  std::vector<std::int16_t> tone(44100);
-  for (std::size_t i = 0; i < tone.size(); ++i)
-    tone[i] = static_cast<std::int16_t>(
-        10'000 * std::sin(2 * std::numbers::pi * 331 * static_cast<double>(i) / 44100));
+TEST_F(AssistantScreenTest, TheServiceHearsEverySampleOfTheChosenMicrophoneOnce) {
+  sound.plugHum("other");
+  ASSERT_TRUE(runUntil([] { return AudioEngine::inputDevices().value().size() == 2; }));
+  defaults.setObject(QStringLiteral("other"), kInputDeviceKey);
   service.length = 0;
   begin();
-  sound.say(tone);
+  ASSERT_TRUE(runUntil([&] { return service.frames.values().size() >= 12; }));
   window->buttonAction();
   finish();
   std::vector<std::int16_t> heard;
@@ -193,11 +165,8 @@ TEST_F(AssistantScreenTest, TheServiceHearsEverySampleOnce) {
     const auto *samples = reinterpret_cast<const std::int16_t *>(frame.data());
     heard.insert(heard.end(), samples, samples + 1600);
   }
-  const auto first =
-      std::find_if(heard.begin(), heard.end(), [](std::int16_t sample) { return sample > 5000; });
-  constexpr std::size_t kCompared = 12'000;
-  ASSERT_GT(heard.end() - first, static_cast<std::ptrdiff_t>(kCompared));
-  EXPECT_GT(tests::fitTone(std::span<const std::int16_t>(first, kCompared), 331, 16000).signalToNoise(), 40);
+  const std::span<const std::int16_t> hum(heard.begin() + 3200, 12'800);  // the microphone is open by then
+  EXPECT_GT(tests::fitTone(hum, 440, 16000).signalToNoise(), 40);
 }
 
 TEST_F(AssistantScreenTest, TheUserEndsWhatItDoesByPressingOnTheSamePlace) {
@@ -242,9 +211,7 @@ TEST_F(AssistantScreenTest, WhatGoesWrongIsSaidAndTheMicrophoneIsClosed) {
   const std::pair<StatusCode, const char *> cases[] = {
       {StatusCode::unauthenticated,
        "The assistant does not know you any more. Please log out and sign in again."},
-      {StatusCode::resourceExhausted, "The assistant is busy. Please try again in a moment."},
-      {StatusCode::unavailable, "The assistant cannot be reached. Please try again in a moment."},
-      {StatusCode::internal, "That did not work. Please try again."}};
+      {StatusCode::unavailable, "The assistant cannot be reached. Please try again in a moment."}};
   for (const auto &[code, said] : cases) {
     service.refusal = code;
     window->startListening();
@@ -252,42 +219,21 @@ TEST_F(AssistantScreenTest, WhatGoesWrongIsSaidAndTheMicrophoneIsClosed) {
         << said << " and not " << label();
     EXPECT_FALSE(window->isListening());
   }
-  EXPECT_THAT(alerts, IsEmpty());
 }
 
-TEST_F(AssistantScreenTest, BeginsWhenTheServiceComesAndSaysWhenItGoes) {
+TEST_F(AssistantScreenTest, BeginsWhenTheServiceComes) {
   host.service = nullptr;
   window->deploymentChanged();
   window->startListening();
   EXPECT_EQ(label(), "Velmora is getting ready…");
-  host.service = &service.deployment;
+  host.service = &service.deployment();
   window->deploymentChanged();
   ASSERT_TRUE(runUntil([&] { return listens(); }));
-  host.service = nullptr;
-  window->deploymentChanged();
-  EXPECT_EQ(label(), "The assistant was interrupted. Please try again.");
-  ASSERT_TRUE(runUntil([&] { return isIdle(); }));
-}
-
-TEST_F(AssistantScreenTest, TheVolumeOfAnswersIsASettingThatTheAssistantMayChange) {
-  defaults.setObject(57, kAnswerVolumeKey);
-  service.newVolume = 40;
-  window->startListening();
-  ASSERT_TRUE(runUntil([&] { return defaults.objectForKey(kAnswerVolumeKey).toInt() == 40; }));
-  service.newVolume = 0;
-  window->startListening();
-  ASSERT_TRUE(runUntil([&] { return service.volumes.values().size() == 2; }));
-  ASSERT_TRUE(runUntil([&] { return isSpeaking(); }));
-  EXPECT_THAT(service.volumes.values(), ElementsAre(57, 40));
-  EXPECT_EQ(defaults.objectForKey(kAnswerVolumeKey).toInt(), 40);
 }
 
 TEST_F(AssistantScreenTest, AnotherAccountBeginsAnotherConversation) {
   begin();
   finish();
-  window->logoutClicked();
-  EXPECT_EQ(label(), "What's on your mind?");
-  EXPECT_FALSE(defaults.boolForKey(kLoggedInKey));
   window->forgetConversation();
   EXPECT_EQ(answer(), "");
   EXPECT_TRUE(window->conversation().empty());
@@ -295,36 +241,6 @@ TEST_F(AssistantScreenTest, AnotherAccountBeginsAnotherConversation) {
   window->startListening();
   ASSERT_TRUE(runUntil([&] { return service.tokens.values().size() == 2; }));
   EXPECT_THAT(service.tokens.values(), ElementsAre("Bearer first", "Bearer second"));
-}
-
-TEST_F(AssistantScreenTest, TheSpaceBarTalksWhateverButtonWasPressedBefore) {
-  QTest::mouseClick(&outlet("closeButton"), Qt::LeftButton);
-  ASSERT_FALSE(window->isVisible());
-  window->showWindow();
-  EXPECT_EQ(window->focusWidget(), &outlet("microphoneButton"));
-  outlet("closeButton").setFocus();
-  QTest::keyClick(&outlet("closeButton"), Qt::Key_Space);
-  ASSERT_FALSE(window->isVisible());
-  window->showWindow();
-  EXPECT_EQ(window->focusWidget(), &outlet("microphoneButton"));
-}
-
-TEST_F(AssistantScreenTest, WithoutNetworkOrMicrophoneNoTurnBegins) {
-  host.reachable = false;
-  window->startListening();
-  EXPECT_THAT(alerts, ElementsAre("Alexa Alert"));
-  host.reachable = true;
-  sound.unplugMicrophone("mic");
-  ASSERT_TRUE(runUntil([] { return !Capture::hasInputDevice(); }));
-  outlet("microphoneButton").click();
-  EXPECT_THAT(alerts, ElementsAre("Alexa Alert", "Google Assistant"));
-  EXPECT_FALSE(window->isListening());
-  EXPECT_EQ(label(), "What's on your mind?");
-  // One that is asked for without being shown says it once.
-  AssistantViewController screen(host, defaults);
-  screen.startListening();
-  EXPECT_EQ(alerts.size(), 3U);
-  EXPECT_THAT(service.tokens.values(), IsEmpty());
 }
 
 TEST_F(AssistantScreenTest, SoundThatFailsWhileItListensComesBack) {
@@ -339,12 +255,6 @@ TEST_F(AssistantScreenTest, SoundThatFailsWhileItListensComesBack) {
     comeBack();
     finish();  // the turn goes on
   }
-  begin();
-  sound.freeze();
-  window->buttonAction();  // the user has had enough
-  EXPECT_FALSE(window->isListening());
-  ASSERT_TRUE(runUntil([&] { return isIdle(); })) << "the answer cannot be heard, which is noticed";
-  sound.thaw();
 }
 
 TEST_F(AssistantScreenTest, SoundThatFailsWhileItSpeaksEndsTheAnswer) {

@@ -5,17 +5,14 @@
 #include "engine/LocalAssistant.h"
 
 #include <gmock/gmock.h>
-#include <sys/stat.h>
 
 #include <csignal>
-#include <fstream>
-#include <sstream>
 #include <thread>
 
-#include "foundation/Deployment.h"
 #include "platform/process/WakePipe.h"
 #include "support/CapturedLog.h"
 #include "support/TemporaryFolder.h"
+#include "support/Waiting.h"
 
 namespace velmora {
 namespace {
@@ -32,7 +29,6 @@ class LocalAssistantTest : public ::testing::Test {
  protected:
   LocalAssistantTest() {
     (void)m_folder.write("deployment.json", R"({"host": "localhost", "port": 1, "scope": "converse"})");
-    if (::mkfifo(path("news").c_str(), 0600) != 0) throw std::runtime_error("mkfifo");
   }
 
   [[nodiscard]] std::string path(const char *name) const { return (m_folder.path() / name).string(); }
@@ -51,12 +47,13 @@ class LocalAssistantTest : public ::testing::Test {
            m_folder.path().string() + "\", \"later\": 1}'\n";
   }
 
-  /// The next thing that a stand-in writes to the pipe "news"; waits for it.
-  [[nodiscard]] std::string news() const {
-    std::ostringstream text;
-    text << std::ifstream(path("news")).rdbuf();
-    return text.str();
+  /// Waits until a stand-in has made this file.
+  [[nodiscard]] bool makes(const char *name) const {
+    return tests::eventually([&] { return std::filesystem::exists(path(name)); });
   }
+
+  /// Whether one with its pid has not been reaped yet.
+  [[nodiscard]] bool isThere() const { return ::kill(std::stoi(readFile(path("pid"))), 0) == 0; }
 
   static std::string failure(const LocalAssistant::Settings &settings) {
     try {
@@ -70,13 +67,13 @@ class LocalAssistantTest : public ::testing::Test {
   tests::TemporaryFolder m_folder;
 };
 
+const std::string kWithPid = "echo $$ >pid\n";
 const std::string kUntilEnd = "exec cat\n";
 
 TEST_F(LocalAssistantTest, GivesADeploymentAndATokenThatOnlyTheChildWasTold) {
-  const auto settings = assistant("echo $$ \"$@\" >called; printf %s \"$VELMORA_ASSISTANT_TOKEN\" >token\n" +
-                                  ready() + kUntilEnd);
+  const auto settings =
+      assistant(kWithPid + "printf %s \"$VELMORA_ASSISTANT_TOKEN\" >token\n" + ready() + kUntilEnd);
   ::setenv("VELMORA_ASSISTANT_TOKEN", "an inherited one", 1);
-  pid_t pid = 0;
   std::string token;
   {
     const LocalAssistant local(settings);
@@ -85,14 +82,9 @@ TEST_F(LocalAssistantTest, GivesADeploymentAndATokenThatOnlyTheChildWasTold) {
     EXPECT_EQ(local.deployment().folder, m_folder.path());
     EXPECT_EQ(readFile(path("token")), token);
     EXPECT_THAT(token, ::testing::MatchesRegex("[A-Za-z0-9_-]{43}"));
-    std::istringstream called(readFile(path("called")));
-    std::string arguments;
-    called >> pid >> std::ws;
-    std::getline(called, arguments);
-    EXPECT_EQ(arguments, "--port 0 --stop-at-eof");
-    EXPECT_EQ(::kill(pid, 0), 0);
+    EXPECT_TRUE(isThere());
   }
-  EXPECT_EQ(::kill(pid, 0), -1) << "neither ended nor reaped";
+  EXPECT_FALSE(isThere()) << "neither ended nor reaped";
   EXPECT_NE(LocalAssistant(settings).token(), token);
   ::unsetenv("VELMORA_ASSISTANT_TOKEN");
 }
@@ -105,10 +97,8 @@ TEST_F(LocalAssistantTest, SaysInOneLineWhyItDoesNotServe) {
     std::chrono::milliseconds startLimit = 10s;
   } cases[] = {
       {complain + "exit 3", "ended with exit code 3 before it was ready: no model found$"},
-      {complain + "kill -9 $$", "was ended by signal 9 before it was ready: no model found$"},
       {complain + "echo hello; " + kUntilEnd, "did not say where it listens but \"hello\": no model found$"},
       {"echo '{\"address\": \"localhost\", \"deployment\": \"/\"}'", "did not say where"},
-      {"echo '{\"address\": \"localhost:1\", \"deployment\": \".\"}'", "did not say where"},
       {"head -c 100000 /dev/zero | tr '\\0' x; " + kUntilEnd,
        "did not say where it listens but \"x{300}…\"$"},
       {ready("192.0.2.1:443") + kUntilEnd, "listens outside this machine, at 192.0.2.1$"},
@@ -132,11 +122,11 @@ TEST_F(LocalAssistantTest, SaysInOneLineWhyItDoesNotServe) {
 
 TEST_F(LocalAssistantTest, TheStartCanBeGivenUp) {
   const WakePipe cancel;
-  auto settings = assistant("echo >news; " + kUntilEnd);
+  auto settings = assistant("echo >begun; " + kUntilEnd);
   settings.startLimit = std::chrono::hours(1);
   settings.cancelDescriptor = cancel.descriptor();
   std::thread user([&] {
-    (void)news();
+    (void)makes("begun");
     cancel.wake();
   });
   EXPECT_EQ(failure(settings), "the local assistant was stopped before it was ready");
@@ -145,18 +135,17 @@ TEST_F(LocalAssistantTest, TheStartCanBeGivenUp) {
 
 TEST_F(LocalAssistantTest, OneThatIgnoresTheRequestToEndIsKilled) {
   // The sleeping grandchild keeps the pipes open: the end must not wait for it.
-  auto settings = assistant("trap '' TERM; echo $$ >pid\n" + ready() + "while :; do sleep 5; done");
+  auto settings = assistant(kWithPid + "trap '' TERM\n" + ready() + "while :; do sleep 5; done");
   settings.stopLimit = 100ms;
   { const LocalAssistant local(settings); }
-  EXPECT_EQ(::kill(static_cast<pid_t>(std::stoi(readFile(path("pid")))), 0), -1);
+  EXPECT_FALSE(isThere());
 }
 
 TEST_F(LocalAssistantTest, ATalkativeOneIsNeverHeldUp) {
   const CapturedLog log;
-  const LocalAssistant local(assistant(ready() +
-                                       "head -c 1000000 /dev/zero; head -c 1000000 /dev/zero >&2\n" +
-                                       "echo done >news; " + kUntilEnd));
-  EXPECT_EQ(news(), "done\n");
+  const LocalAssistant local(assistant(
+      ready() + "head -c 1000000 /dev/zero; head -c 1000000 /dev/zero >&2\n" + "echo >done; " + kUntilEnd));
+  EXPECT_TRUE(makes("done"));
 }
 
 }  // namespace

@@ -27,22 +27,20 @@ TEST(ResponsePlayback, WhatIsNoSoundOrAnEndedOneStartsNoTurn) {
   };
   {
     ResponsePlayback playback(display);
-    playback.stopSpeaking();  // nothing
     playback.playResponse("no sound");
     EXPECT_THAT(log.lines(), ElementsAre(::testing::StartsWith("Audio out error error:the data is not MP3")));
     std::string damaged = tone(1);
     damaged.replace(damaged.size() / 2, std::string::npos, std::string(20'000, 'x'));
     playback.playResponse(damaged);
-    EXPECT_THAT(display.seen.waitFor(4), ElementsAre("silent", "silent", "speaks", "silent"));
+    EXPECT_THAT(display.seen.waitFor(3), ElementsAre("silent", "speaks", "silent"));
     playback.playResponse(tone(30));
     playback.playResponse(tone(0.1));  // in its place
-    EXPECT_THAT(display.seen.waitFor(8), ElementsAre("silent", "silent", "speaks", "silent", "speaks",
-                                                     "speaks", "silent", "continues"));
-    playback.playStartPrompt();
+    EXPECT_THAT(display.seen.waitFor(7),
+                ElementsAre("silent", "speaks", "silent", "speaks", "speaks", "silent", "continues"));
     playback.playResponse(tone(30));
     EXPECT_TRUE(playback.isSpeaking());
   }
-  EXPECT_EQ(display.seen.values().size(), 9U);
+  EXPECT_EQ(display.seen.values().size(), 8U);
 }
 
 }  // namespace

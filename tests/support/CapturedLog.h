@@ -3,13 +3,12 @@
 #pragma once
 
 #include <algorithm>
-#include <chrono>
-#include <condition_variable>
-#include <mutex>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "foundation/Log.h"
+#include "support/Waiting.h"
 
 namespace velmora::tests {
 
@@ -17,42 +16,28 @@ namespace velmora::tests {
 class CapturedLog {
  public:
   CapturedLog() {
-    setLogSink([this](std::string_view line) {
-      const std::lock_guard lock(m_mutex);
-      m_lines.emplace_back(line);
-      m_changed.notify_all();
-    });
+    setLogSink([lines = m_lines](std::string_view line) { lines.put(std::string(line)); });
   }
   ~CapturedLog() { setLogSink(standardOutputSink()); }
   CapturedLog(const CapturedLog &) = delete;
   CapturedLog &operator=(const CapturedLog &) = delete;
 
-  [[nodiscard]] std::vector<std::string> lines() const {
-    const std::lock_guard lock(m_mutex);
-    return m_lines;
-  }
+  [[nodiscard]] std::vector<std::string> lines() const { return m_lines.values(); }
 
   /// How many lines begin with `label`.
   [[nodiscard]] std::ptrdiff_t count(std::string_view label) const {
-    const std::lock_guard lock(m_mutex);
-    return countLocked(label);
-  }
-
-  /// Waits up to 10 s for a line that begins with `label`.
-  [[nodiscard]] bool waitFor(std::string_view label) const {
-    std::unique_lock lock(m_mutex);
-    return m_changed.wait_for(lock, std::chrono::seconds(10), [&] { return countLocked(label) > 0; });
-  }
-
- private:
-  std::ptrdiff_t countLocked(std::string_view label) const {
-    return std::count_if(m_lines.begin(), m_lines.end(),
+    const auto all = lines();
+    return std::count_if(all.begin(), all.end(),
                          [&](const std::string &line) { return line.starts_with(label); });
   }
 
-  mutable std::mutex m_mutex;
-  mutable std::condition_variable m_changed;
-  std::vector<std::string> m_lines;
+  /// Waits for a line that begins with `label`.
+  [[nodiscard]] bool waitFor(std::string_view label) const {
+    return eventually([&] { return count(label) > 0; });
+  }
+
+ private:
+  Inbox<std::string> m_lines;
 };
 
 }  // namespace velmora::tests

@@ -14,7 +14,6 @@
 #include <thread>
 #include <vector>
 
-#include "foundation/Deployment.h"
 #include "protocol/Certificates.h"
 #include "support/TemporaryFolder.h"
 
@@ -45,7 +44,9 @@ class GrpcCall final : public ScriptedServer::Call {
     return m_stream.Write(grpc::ByteBuffer(&slice, 1));
   }
   const Metadata &metadata() const override { return m_metadata; }
-  bool cancelled() const override { return m_context.IsCancelled(); }
+  void waitForCancel() const override {
+    while (!m_context.IsCancelled()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
 
  private:
   grpc::ServerContext &m_context;
@@ -69,9 +70,7 @@ class RawService final : public grpc::Service {
   grpc::Status run(grpc::ServerContext &context, Stream &stream) const {
     GrpcCall call(context, stream);
     const ScriptedServer::End end = m_script(call);
-    for (const auto &[key, value] : end.trailing) context.AddTrailingMetadata(key, value);
-    if (end.code == StatusCode::ok) return grpc::Status::OK;
-    return {static_cast<grpc::StatusCode>(end.code), end.message, end.details};
+    return {static_cast<grpc::StatusCode>(end.code), end.message};
   }
 
   ScriptedServer::Script m_script;
@@ -84,41 +83,29 @@ struct ScriptedServer::Implementation {
 
   TemporaryFolder folder;
   RawService service;
-  std::string roots;
-  int port = 0;
   std::unique_ptr<grpc::Server> server;
 };
 
-void ScriptedServer::Call::waitForCancel() const {
-  while (!cancelled()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
-}
-
-ScriptedServer::ScriptedServer(Script script, Transport transport)
+ScriptedServer::ScriptedServer(Script script)
     : m_implementation(std::make_unique<Implementation>(std::move(script))) {
   Implementation &self = *m_implementation;
-  std::shared_ptr<grpc::ServerCredentials> credentials = grpc::InsecureServerCredentials();
-  if (transport == Transport::tls) {
-    const Certificates certificates = makeCertificates(self.folder.path());
-    self.roots = readFile(certificates.roots);
-    grpc::SslServerCredentialsOptions options;
-    options.pem_key_cert_pairs.push_back(
-        {.private_key = readFile(certificates.key), .cert_chain = readFile(certificates.chain)});
-    credentials = grpc::SslServerCredentials(options);
-  }
+  const Certificates certificates = makeCertificates(self.folder.path());
+  grpc::SslServerCredentialsOptions options;
+  options.pem_key_cert_pairs.push_back(
+      {.private_key = readFile(certificates.key), .cert_chain = readFile(certificates.chain)});
   grpc::ServerBuilder builder;
-  builder.AddListeningPort("127.0.0.1:0", credentials, &self.port);
+  int port = 0;
+  builder.AddListeningPort("127.0.0.1:0", grpc::SslServerCredentials(options), &port);
   builder.RegisterService(&self.service);
   builder.SetMaxReceiveMessageSize(-1);
   self.server = builder.BuildAndStart();
   if (!self.server) throw std::runtime_error("the scripted server did not start");
+  m_deployment = {
+      .folder = self.folder.path(), .host = "127.0.0.1", .port = static_cast<std::uint16_t>(port)};
 }
 
 ScriptedServer::~ScriptedServer() { m_implementation->server->Shutdown(std::chrono::system_clock::now()); }
 
-std::string ScriptedServer::address() const { return "127.0.0.1:" + std::to_string(port()); }
-
-int ScriptedServer::port() const { return m_implementation->port; }
-
-const std::string &ScriptedServer::roots() const { return m_implementation->roots; }
+std::string ScriptedServer::roots() const { return readFile(m_deployment.resource("roots", "pem")); }
 
 }  // namespace velmora::tests

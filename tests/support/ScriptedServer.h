@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 
+#include "foundation/Deployment.h"
 #include "protocol/CallResult.h"
 
 namespace velmora::tests {
@@ -25,34 +26,31 @@ class ScriptedServer {
     virtual bool write(const std::string &bytes) = 0;
     /// The header fields of the call.
     [[nodiscard]] virtual const Metadata &metadata() const = 0;
-    [[nodiscard]] virtual bool cancelled() const = 0;
     /// Reads until the client closes its side or is gone.
     void readAll() {
       while (read()) {
       }
     }
     /// Blocks until the client gives the call up.
-    void waitForCancel() const;
+    virtual void waitForCancel() const = 0;
   };
   struct End {
     StatusCode code = StatusCode::ok;
     std::string message = {};
-    std::string details = {};
-    Metadata trailing = {};
   };
   using Script = std::function<End(Call &call)>;
 
-  enum class Transport { tls, plaintext };
-  explicit ScriptedServer(Script script, Transport transport = Transport::tls);
+  explicit ScriptedServer(Script script);
   ~ScriptedServer();
 
-  [[nodiscard]] std::string address() const;  ///< "127.0.0.1:port"
-  [[nodiscard]] int port() const;
-  [[nodiscard]] const std::string &roots() const;  ///< PEM
+  /// One that has what turns need: the roots and the address.
+  [[nodiscard]] const Deployment &deployment() const { return m_deployment; }
+  [[nodiscard]] std::string roots() const;  ///< PEM
 
  private:
   struct Implementation;
   std::unique_ptr<Implementation> m_implementation;
+  Deployment m_deployment;
 };
 
 }  // namespace velmora::tests

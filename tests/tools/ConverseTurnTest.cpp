@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "platform/audio/RawAudioStream.h"
+#include "support/Responses.h"
 
 namespace velmora {
 namespace {
@@ -17,24 +18,8 @@ using namespace std::chrono_literals;
 using ::testing::ElementsAre;
 using Clock = std::chrono::steady_clock;
 using Outcome = Turn::Outcome;
-using Response = Google_Assistant_Embedded_V1alpha1_ConverseResponse;
-using Result = Google_Assistant_Embedded_V1alpha1_ConverseResult;
-
-Response resultOf(std::string request, std::string answer, bool followOn = false) {
-  Result result;
-  result.setSpokenRequestText(std::move(request));
-  result.setSpokenResponseText(std::move(answer));
-  if (followOn) result.setMicrophoneMode(Result::MicrophoneMode::dialogFollowOn);
-  Response response;
-  response.setResult(std::move(result));
-  return response;
-}
-
-Response endOfUtterance() {
-  Response response;
-  response.setEventType(Response::EventType::endOfUtterance);
-  return response;
-}
+using tests::endOfUtterance;
+using tests::resultOf;
 
 class Silence : public AudioSource {
  public:
@@ -90,12 +75,8 @@ TEST_F(ConverseTurnTest, SendsTheWholeFileInTimeAndReportsWhatCame) {
     recorder.responseReceived(endOfUtterance());
     recorder.stopListening();
     recorder.responseReceived(resultOf("a request", ""));
-    Response sound;
-    Google_Assistant_Embedded_V1alpha1_AudioOut audio;
-    audio.setAudioData("AB");
-    sound.setAudioOut(audio);
-    recorder.responseReceived(sound);
-    recorder.responseReceived(resultOf("", "an answer", true));
+    recorder.responseReceived(tests::soundOf("AB"));
+    recorder.responseReceived(resultOf("", "an answer", "", tests::Result::MicrophoneMode::dialogFollowOn));
     recorder.playResponse("AB");
     recorder.turnEnded({.statusCode = 0, .statusMessage = "OK"});
   };
@@ -113,7 +94,7 @@ TEST_F(ConverseTurnTest, SendsTheWholeFileInTimeAndReportsWhatCame) {
 
   // The next turn begins with nothing of this one. A good end without an answer is no answer.
   engine.reaction = [this] {
-    recorder.responseReceived(resultOf("", "", true));
+    recorder.responseReceived(resultOf("", "", "", tests::Result::MicrophoneMode::dialogFollowOn));
     recorder.responseReceived(endOfUtterance());
     recorder.turnEnded({});
   };
