@@ -44,24 +44,20 @@ struct HttpClientTest : testing::Test {
 
 TEST_F(HttpClientTest, TakesEveryJsonAnswerAndNoOther) {
   HttpServer elsewhere([](const HttpRequest &) { return HttpAnswer{.body = "{}"}; });
-  const std::string large = '"' + std::string(HttpClient::kLargestAnswer - 2, 'x') + '"';
+  // As much as may come, and as deep as it can be: whatever a server sends must not exhaust the stack.
+  const std::string deep =
+      std::string(HttpClient::kLargestAnswer / 2, '[') + std::string(HttpClient::kLargestAnswer / 2, ']');
   struct Case {
     HttpAnswer answer;
     const char *expected;
   };
   const std::map<std::string, Case> cases{
-      {"/ok", {{.body = "{}"}, "JSON"}},
-      {"/refused", {{.status = 400, .body = R"({"error": "invalid_grant"})"}, "JSON"}},
-      {"/unauthorised", {{.status = 401, .body = "{}", .headers = {{"WWW-Authenticate", "Basic"}}}, "JSON"}},
       {"/broken", {{.status = 503, .body = "{}"}, "JSON"}},
-      {"/html", {{.body = kSecret, .type = "text/html"}, "the answer is no JSON (HTTP status 200)"}},
-      {"/large", {{.body = large}, "JSON"}},
-      {"/larger", {{.body = large + ' '}, "the answer is too large"}},
-      {"/larger-chunks", {{.chunked = true, .body = large + ' '}, "the answer is too large"}},
-      {"/here", {{.status = 307, .headers = {{"Location", "/ok"}}}, "JSON"}},
+      {"/deep", {{.body = deep}, "JSON"}},
+      {"/larger", {{.body = deep + ' '}, "the answer is too large"}},
+      {"/here", {{.status = 307, .headers = {{"Location", "/broken"}}}, "JSON"}},
       {"/elsewhere", {{.status = 307, .headers = {{"Location", elsewhere.url("/")}}}, "edirect"}},
       {"/file", {{.status = 307, .headers = {{"Location", "file:///etc/hostname"}}}, "rotocol"}},
-      {"/circle", {{.status = 307, .headers = {{"Location", "/circle"}}}, "(HTTP status 307)"}},
   };
   HttpServer server([&](const HttpRequest &request) { return cases.at(request.target).answer; });
   for (const auto &[path, each] : cases) {
@@ -78,40 +74,32 @@ TEST_F(HttpClientTest, TrustsTheRootsOfTheDeploymentForTheHostTheyName) {
   const Certificates certificates = makeCertificates(folder.path());
   HttpServer server([](const HttpRequest &) { return HttpAnswer{.body = "{}"}; }, &certificates);
   EXPECT_EQ(post(client, server.url("/")), "JSON");
-  EXPECT_EQ(post(client, server.url("/", "localhost")), "JSON");
   HttpClient stranger(folder.path() / "no-such-roots.pem");
   EXPECT_THAT(post(stranger, server.url("/")), HasSubstr("SSL"));
   EXPECT_THAT(post(client, server.url("/", "127.0.0.2")), testing::Not("JSON"));
-  EXPECT_EQ(server.requests().values().size(), 2U);
+  EXPECT_EQ(server.requests().values().size(), 1U);
 }
 
-/// A server that hangs up or says nothing once it has the form.
-struct RudeServer {
-  explicit RudeServer(bool hangUp) {
-    QObject::connect(&server, &QTcpServer::newConnection, &server, [this, hangUp] {
-      QTcpSocket *socket = server.nextPendingConnection();
-      QObject::connect(socket, &QTcpSocket::readyRead, socket, [this, socket, hangUp] {
-        if (!socket->peek(4096).contains(kSecret)) return;
-        (void)socket->readAll();
-        ++forms;
-        if (hangUp) socket->abort();
-      });
-    });
-    server.listen(QHostAddress::LocalHost);
-  }
-  std::string url() const { return "http://127.0.0.1:" + std::to_string(server.serverPort()) + '/'; }
-  QTcpServer server;
-  int forms = 0;
-};
-
 TEST_F(HttpClientTest, SendsAFormOnceWhenTheConnectionBreaksAndGivesUpInTime) {
-  RudeServer broken(true);
-  EXPECT_THAT(post(client, broken.url()), testing::Not("JSON"));
-  EXPECT_EQ(broken.forms, 1);
-  RudeServer silent(false);
+  QTcpServer broken;
+  int forms = 0;
+  QObject::connect(&broken, &QTcpServer::newConnection, &broken, [&] {
+    QTcpSocket *socket = broken.nextPendingConnection();
+    QObject::connect(socket, &QTcpSocket::readyRead, socket, [&forms, socket] {
+      if (!socket->peek(4096).contains(kSecret)) return;
+      ++forms;
+      socket->abort();
+    });
+  });
+  const auto urlOf = [](QTcpServer &server) {
+    server.listen(QHostAddress::LocalHost);
+    return "http://127.0.0.1:" + std::to_string(server.serverPort()) + '/';
+  };
+  EXPECT_THAT(post(client, urlOf(broken)), testing::Not("JSON"));
+  EXPECT_EQ(forms, 1);
+  QTcpServer silent;
   HttpClient impatient(folder.path() / "roots.pem", 100ms);
-  EXPECT_EQ(post(impatient, silent.url()), "no answer in time");
-  EXPECT_EQ(post(client, "http://127.0.0.1:1/"), "Connection refused");
+  EXPECT_EQ(post(impatient, urlOf(silent)), "no answer in time");
 }
 
 TEST_F(HttpClientTest, DeliversNothingOnceDestroyed) {

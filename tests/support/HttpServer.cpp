@@ -39,14 +39,7 @@ struct HttpServer::Implementation {
     const HttpAnswer told = script(seen);
     response.status = told.status;
     for (const auto &[name, value] : told.headers) response.set_header(name, value);
-    if (!told.chunked) return response.set_content(told.body, told.type);
-    response.set_chunked_content_provider(
-        told.type, [body = told.body](std::size_t offset, httplib::DataSink &sink) {
-          const std::size_t piece = std::min<std::size_t>(body.size() - offset, 65536);
-          if (!sink.write(body.data() + offset, piece)) return false;
-          if (offset + piece == body.size()) sink.done();
-          return true;
-        });
+    response.set_content(told.body, told.type);
   }
 
   const Script script;
@@ -61,10 +54,9 @@ HttpServer::HttpServer(Script script, const Certificates *certificates)
     : m_implementation(std::make_unique<Implementation>(std::move(script), certificates)) {}
 HttpServer::~HttpServer() = default;
 
-int HttpServer::port() const { return m_implementation->port; }
-
 std::string HttpServer::url(const std::string &path, const std::string &host) const {
-  return (m_implementation->secure ? "https://" : "http://") + host + ':' + std::to_string(port()) + path;
+  return (m_implementation->secure ? "https://" : "http://") + host + ':' +
+         std::to_string(m_implementation->port) + path;
 }
 
 const Inbox<HttpRequest> &HttpServer::requests() const { return m_implementation->requests; }

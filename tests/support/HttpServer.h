@@ -21,7 +21,6 @@ struct HttpRequest {
 
 struct HttpAnswer {
   int status = 200;
-  bool chunked = false;  ///< without a length told in advance
   std::string body = {};
   std::string type = "application/json";
   std::map<std::string, std::string> headers = {};
@@ -35,7 +34,6 @@ class HttpServer {
   explicit HttpServer(Script script, const Certificates *certificates = nullptr);
   ~HttpServer();
 
-  [[nodiscard]] int port() const;
   [[nodiscard]] std::string url(const std::string &path, const std::string &host = "127.0.0.1") const;
   /// What has arrived, before it is answered.
   [[nodiscard]] const Inbox<HttpRequest> &requests() const;
