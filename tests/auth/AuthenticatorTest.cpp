@@ -100,8 +100,8 @@ TEST_F(AuthenticatorTest, WhatIsNoAnswerIsNoSignInAndLeavesTheStoreAlone) {
 
 TEST_F(AuthenticatorTest, AskedOfTheSignInItRefreshesWhenTheTimeIsOverOrUnknownAndStoresNothing) {
   struct Case {
-    bool loggedIn;
     QVariant expiry;
+    bool loggedIn;
     bool signedIn;
     bool asks;
   };
@@ -109,10 +109,10 @@ TEST_F(AuthenticatorTest, AskedOfTheSignInItRefreshesWhenTheTimeIsOverOrUnknownA
   store(kAuthTokenKey, QStringLiteral("old"));
   store(kRefreshTokenKey, QStringLiteral("1/+ü"));
   const auto now = QDateTime::currentDateTimeUtc();
-  const Case cases[] = {{false, now.addSecs(60), false, false},
-                        {true, now.addSecs(60), true, false},
-                        {true, now.addSecs(-1), true, true},
-                        {true, {}, true, true}};
+  const Case cases[] = {{now.addSecs(60), false, false, false},
+                        {now.addSecs(60), true, true, false},
+                        {now.addSecs(-1), true, true, true},
+                        {{}, true, true, true}};
   for (const Case &c : cases) {
     store(kLoggedInKey, c.loggedIn);
     store(kExpiresInKey, c.expiry);
