@@ -13,6 +13,7 @@
 #include "assistant/skills/ShoppingList.h"
 #include "support/AudioFiles.h"
 #include "support/Speech.h"
+#include "support/TemporaryFolder.h"
 
 namespace velmora {
 namespace {
@@ -120,6 +121,13 @@ TEST(RecogniserPool, ServesMoreStreamsThanItHasRecognisers) {
   EXPECT_EQ(understood, 6);
   pool.prepare();
   EXPECT_LE(made, 2);
+}
+
+TEST_F(RecogniserTest, SaysWhatIsMissing) {
+  const tests::TemporaryFolder folder;
+  EXPECT_THAT([&] { const Recogniser broken(Language::instance(), folder.path()); },
+              testing::ThrowsMessage<std::runtime_error>("Speech recognition cannot start: there is no " +
+                                                         (folder.path() / "en-us").string()));
 }
 
 }  // namespace

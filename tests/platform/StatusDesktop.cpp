@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // A desktop on the session bus, which does what it is told on standard input: a panel appears and disappears,
-// or calls a method of the last item.
+// falls silent, or calls a method of the last item.
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -25,21 +25,23 @@ class Desktop final : public QDBusVirtualObject {
       return bus.send(message.createReply(QStringLiteral(
           "<node><interface name='org.kde.StatusNotifierWatcher'><property "
           "name='IsStatusNotifierHostRegistered' type='b' access='read'/></interface></node>")));
-    if (message.member() == QLatin1String("Get"))
+    if (message.member() == QLatin1String("Get") && !m_isSilent)
       return bus.send(message.createReply(QVariant::fromValue(QDBusVariant(true))));
     if (message.member() == QLatin1String("RegisterStatusNotifierItem")) {
       m_item = message.service();
       std::cout << "registered" << std::endl;
     }
-    return bus.send(message.createReply());
+    return m_isSilent || bus.send(message.createReply());
   }
 
   void obey(const std::string &command) {
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (command == "disappear") {
       bus.unregisterService(kWatcher);
-    } else if (command == "appear") {
+    } else if (command == "appear" || command == "silent") {
+      m_isSilent = command == "silent";
       bus.registerService(kWatcher);
+      std::cout << command << std::endl;
     } else {
       bus.send(QDBusMessage::createMethodCall(m_item, QStringLiteral("/StatusNotifierItem"),
                                               QStringLiteral("org.kde.StatusNotifierItem"),
@@ -50,6 +52,7 @@ class Desktop final : public QDBusVirtualObject {
 
  private:
   QString m_item;
+  bool m_isSilent = false;
 };
 
 }  // namespace

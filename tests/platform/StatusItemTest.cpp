@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <QCursor>
+#include <QDeadlineTimer>
 #include <QProcess>
 
 #include "support/Desktop.h"
@@ -77,6 +78,20 @@ TEST_F(StatusItemTest, IsTakenByAPanelOnTheSessionBusWheneverOneIsThere) {
     EXPECT_TRUE(isSoon(false));
   }
   EXPECT_EQ(told, (std::vector{true, false, true, false}));
+}
+
+TEST(StatusItem, DoesNotWaitForAPanelThatDoesNotAnswer) {
+  Desktop desktop;
+  desktop.say("silent");
+  ASSERT_TRUE(desktop.hears("silent"));
+  StatusItem item;
+  item.setImage(QStringLiteral("statusIcon"));
+  const Tray tray;
+  const QDeadlineTimer isAsked(200);
+  ASSERT_TRUE(runUntil([&] { return isAsked.hasExpired(); }));
+  EXPECT_FALSE(item.isAvailable());
+  desktop.say("disappear");
+  EXPECT_TRUE(runUntil([&] { return item.isAvailable(); })) << "the tray of X11 stands in";
 }
 
 }  // namespace

@@ -85,6 +85,22 @@ TEST_F(WebViewTest, PagesReachNoFilesAndOpenNoWindows) {
   EXPECT_EQ(std::filesystem::status(cookies).permissions(), std::filesystem::perms::owner_all);
 }
 
+TEST_F(WebViewTest, ReloadsWhatWasLetGoUnlessItIsShownAgainAtOnce) {
+  const HttpServer server([](const HttpRequest &) { return page("again"); });
+  WebView view;
+  ASSERT_TRUE(shows(view, server.url("/page")));
+  view.hide();
+  view.unload();
+  view.show();
+  QCoreApplication::processEvents();
+  EXPECT_NE(engineIn(view), nullptr);
+  view.hide();
+  view.unload();
+  ASSERT_TRUE(runUntil([&] { return engineIn(view) == nullptr; }));
+  view.show();
+  EXPECT_TRUE(runUntil([&] { return countOf(server, "GET /page") == 2; }));
+}
+
 TEST_F(WebViewTest, AcceptsTheCertificatesOfTheTrustedRootsOnly) {
   std::filesystem::create_directory(folder.path() / "other");
   const Certificates other = makeCertificates(folder.path() / "other");

@@ -198,6 +198,25 @@ TEST(ConverseCall, MayBeDestroyedAtAnyMoment) {
   EXPECT_TRUE(tests::eventually([&] { return completions == asked; })) << completions << " of " << asked;
 }
 
+TEST(ConverseCall, AnUnreadStreamIsHeldBackAndLargeResponsesPass) {
+  constexpr std::size_t kMegabyte = 1U << 20U;
+  constexpr int kCount = 64;
+  std::atomic<int> written{0};
+  Client client([&](ScriptedServer::Call &call) -> End {
+    for (; written < kCount && call.write(audioResponse(std::string(kMegabyte, 'm'))); ++written) {
+    }
+    call.write(audioResponse(std::string(kCount * kMegabyte, 'L')));
+    return {};
+  });
+  const auto call = client.start();
+  EXPECT_EQ(receiveText(*call).size(), kMegabyte);
+  std::this_thread::sleep_for(std::chrono::milliseconds(300));
+  EXPECT_LT(written, kCount / 2);
+  for (int i = 1; i < kCount; ++i) ASSERT_EQ(receiveText(*call).size(), kMegabyte);
+  EXPECT_EQ(receiveText(*call).size(), kCount * kMegabyte);
+  EXPECT_EQ(receiveText(*call), "endOfStream");
+}
+
 TEST(ConverseCall, ABrokenConnectionEndsTheCallAndTheNextOneConnectsAgain) {
   const ScriptedServer server([](ScriptedServer::Call &call) -> End {
     call.write(audioResponse("x"));
