@@ -6,15 +6,12 @@
 #include <sphinxbase/err.h>
 #include <sphinxbase/fsg_model.h>
 
-#include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstdarg>
 #include <cstdio>
 #include <map>
 #include <mutex>
 #include <optional>
-#include <random>
 #include <set>
 #include <sstream>
 #include <stdexcept>
@@ -22,6 +19,7 @@
 
 #include "assistant/hearing/CommonWords.h"
 #include "assistant/hearing/Pronunciations.h"
+#include "assistant/hearing/Room.h"
 #include "foundation/Log.h"
 
 namespace velmora {
@@ -38,10 +36,6 @@ constexpr auto kPhones = "phones";
 constexpr double kLanguageWeight = 2.0;
 constexpr double kIncompleteWeight = 2.0;
 constexpr double kLeastConfidence = -33.0;
-
-/// The acoustic model has never heard digital silence: a recording whose pauses hold nothing at all is
-/// understood worse than one with the noise of a quiet room, of this level in dB under the utterance.
-constexpr double kRoom = -33.0;
 
 /// The sounds of the acoustic model. Any words at all are any string of common words and of these; the
 /// decoder knows each as a word of its own, with `Grammar::kAnything` in front.
@@ -174,22 +168,6 @@ void addPronunciations(ps_decoder_t *decoder) {
     if (ps_add_word(decoder, outside(sound).c_str(), sound, FALSE) < 0)
       fail(std::string("the acoustic model has no sound ") + sound);
   }
-}
-
-std::vector<std::int16_t> withRoom(std::span<const std::int16_t> utterance) {
-  double power = 0.0;
-  for (const double sample : utterance) power += sample * sample;
-  const double rms = std::sqrt(power / std::max<double>(1.0, static_cast<double>(utterance.size())));
-  const double peak = rms * std::pow(10.0, kRoom / 20.0) * std::sqrt(3.0);  // of an even distribution
-  std::vector<std::int16_t> result;
-  result.reserve(utterance.size());
-  std::minstd_rand random;  // the same noise each time, so that the same utterance gives the same words
-  const auto range = static_cast<double>(std::minstd_rand::max());
-  for (const std::int16_t sample : utterance) {
-    const double noise = peak * (2.0 * static_cast<double>(random()) / range - 1.0);
-    result.push_back(static_cast<std::int16_t>(std::clamp(sample + noise, -32768.0, 32767.0)));
-  }
-  return result;
 }
 
 }  // namespace
