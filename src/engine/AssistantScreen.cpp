@@ -177,8 +177,10 @@ void AssistantScreen::hideEvent(QHideEvent *event) {
   QWidget::hideEvent(event);
   // Put away for a while by the desktop only.
   if (event->spontaneous()) return;
-  // Whatever closed it: the next time the space bar talks again.
-  if (isViewLoaded()) m_ui->microphoneButton->setFocus();
+  // Whatever closed it: the next time the space bar talks again. While the button is hidden it cannot have
+  // the focus; once it is shown, it takes it from here.
+  if (isViewLoaded())
+    (m_ui->microphoneButton->isHidden() ? this : static_cast<QWidget *>(m_ui->microphoneButton))->setFocus();
   m_isClosed = true;
   m_startsWhenReady = false;
   if (isListening()) stopListening();
