@@ -53,7 +53,7 @@ void Listener::useGuess() {
       m_guess->recognition.wait_for(std::chrono::seconds(0)) == std::future_status::ready) {
     m_guessed = m_guess->recognition.get();
   }
-  if (!m_guessed || !m_guessed->confident) return;
+  if (!m_guessed || !m_guessed->certain) return;
   switch (m_language.completeness(m_guessed->text, m_question)) {
     case Language::Completeness::finished: m_detector.shortenPause(kAfterFinished); return;
     case Language::Completeness::complete: m_detector.shortenPause(kAfterComplete); return;

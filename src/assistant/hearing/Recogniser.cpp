@@ -36,6 +36,8 @@ constexpr auto kPhones = "phones";
 constexpr double kLanguageWeight = 2.0;
 constexpr double kIncompleteWeight = 2.0;
 constexpr double kLeastConfidence = -33.0;
+/// Half of the beginnings that pass for sentences do not reach this, and of the sentences nearly all do.
+constexpr double kCertain = -27.0;
 
 /// The sounds of the acoustic model. Any words at all are any string of common words and of these; the
 /// decoder knows each as a word of its own, with `Grammar::kAnything` in front.
@@ -290,7 +292,10 @@ Recognition Recogniser::recognise(std::span<const std::int16_t> utterance, const
     const double confidence =
         result.sound - *phones + kLanguageWeight * result.language - kIncompleteWeight * result.incomplete;
     const bool isOdd = search == kCommands && !m_language.makesSense(result.text);
-    return {std::move(result.text), confidence >= kLeastConfidence && !isOdd, confidence};
+    return {.text = std::move(result.text),
+            .confident = confidence >= kLeastConfidence && !isOdd,
+            .certain = confidence >= kCertain && !isOdd,
+            .confidence = confidence};
   };
   if (question.empty()) return recogniseAs(kCommands);
   // An answer is much more likely than a new request; that one is looked for where no answer fits.

@@ -23,6 +23,7 @@ struct Recognition {
   std::string
       text;  ///< words in lower case with single spaces, `Grammar::kAnything` for others; may be empty
   bool confident = false;   ///< false: what was said is most likely none of the grammar's sentences
+  bool certain = false;     ///< so confident that it is hardly the beginning of something else
   double confidence = 0.0;  ///< what `confident` was decided by: log likelihood per frame, weighted
 };
 
