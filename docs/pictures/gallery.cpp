@@ -163,13 +163,16 @@ int show(const QStringList &arguments) {
   const QString &name = arguments.at(arguments.size() - 2);
   const auto window = windowOf(name, dark, defaults);
   bool saved = false;
-  QTimer::singleShot(kSettled, [&] {
+  QTimer timer;
+  timer.setSingleShot(true);
+  QObject::connect(&timer, &QTimer::timeout, &timer, [&] {
     QPixmap picture = window->screen()->grabWindow(name == QLatin1String("popover") ? 0 : window->winId());
     if (name == QLatin1String("popover"))
       picture = picture.copy(QRect(kScene.topLeft(), kScene.size() * picture.devicePixelRatio()));
     saved = picture.save(arguments.last(), "PNG");
     QApplication::quit();
   });
+  timer.start(kSettled);
   QApplication::exec();
   if (!saved) std::fprintf(stderr, "gallery: %s cannot be written\n", qPrintable(arguments.last()));
   return saved ? 0 : 1;

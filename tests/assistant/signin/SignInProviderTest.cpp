@@ -84,8 +84,9 @@ class SignInProviderTest : public ::testing::Test {
 TEST_F(SignInProviderTest, TheConsentPageIsSafeToShowAndInTheLanguageOfTheUser) {
   const std::pair<const char *, const char *> cases[] = {{"de-AT,de;q=0.9,en;q=0.8", "lang=\"de\""},
                                                          {"-,;", "lang=\"en\""}};
+  const std::string request = "/authorize?" + kKnown + kUri;
   for (const auto &[languages, asks] : cases) {
-    const Answer page = tests::get(m_provider.port(), "/authorize?" + kKnown + kUri,
+    const Answer page = tests::get(m_provider.port(), request,
                                    std::string("Accept-Language: ").append(languages).append("\r\n"));
     EXPECT_THAT(page.body, AllOf(HasSubstr(asks), HasSubstr("Velm&lt;o&gt;ra"), Not(HasSubstr("{{"))));
     EXPECT_THAT(page.field("Content-Security-Policy"),
