@@ -9,9 +9,9 @@
 #include <array>
 #include <cstdarg>
 #include <cstdio>
+#include <future>
 #include <map>
 #include <mutex>
-#include <optional>
 #include <set>
 #include <sstream>
 #include <stdexcept>
@@ -75,6 +75,13 @@ std::mutex &shared() {
 
 [[noreturn]] void fail(const std::string &what) {
   throw std::runtime_error("Speech recognition cannot start: " + what);
+}
+
+/// A file or folder of the model.
+std::filesystem::path modelPart(const std::filesystem::path &model, const char *name) {
+  auto part = model / name;
+  if (!std::filesystem::exists(part)) fail("there is no " + part.string());
+  return part;
 }
 
 /// Takes the place of the library's log. An error that it calls fatal ends the program as soon as this
@@ -183,6 +190,20 @@ struct Recogniser::Decoder {
     handle.reset();
   }
 
+  /// Under the lock of what is shared, as all that follows on it.
+  void make(const std::filesystem::path &acoustics, const char *beam, const char *languageWeight) {
+    err_set_logfp(nullptr);
+    err_set_callback(&hearComplaint, nullptr);
+    // With only the active senones computed, scores would be relative to the best of those, and those of two
+    // searches could not be compared.
+    config.reset(cmd_ln_init(nullptr, ps_args(), TRUE, "-hmm", acoustics.c_str(), "-beam", beam, "-wbeam",
+                             "1e-40", "-pbeam", beam, "-lw", languageWeight, "-compallsen", "yes",
+                             "-allphone_ci", "yes", nullptr));
+    if (!config) fail("its settings are refused");
+    handle.reset(ps_init(config.get()));
+    if (!handle) fail("the acoustic model in " + acoustics.string() + " cannot be read");
+  }
+
   struct Result {
     std::string text = {};
     double sound = 0.0;       ///< how well it fits, a frame
@@ -231,31 +252,52 @@ struct Recogniser::Decoder {
   }
 };
 
+/// How well the best string of sounds fits, whatever it is. One decoder for all recognisers: this takes a
+/// quarter of the time of the commands, and beside them.
+class Recogniser::Phones {
+ public:
+  /// The one that the others use, if any.
+  static std::shared_ptr<Phones> shared(const std::filesystem::path &model) {
+    static std::mutex mutex;
+    static std::map<std::filesystem::path, std::weak_ptr<Phones>> all;
+    const std::lock_guard lock(mutex);
+    std::weak_ptr<Phones> &known = all[model];
+    auto phones = known.lock();
+    if (!phones) known = phones = std::make_shared<Phones>(model);
+    return phones;
+  }
+
+  explicit Phones(const std::filesystem::path &model) {
+    const auto acoustics = modelPart(model, "en-us");
+    const auto phones = modelPart(model, "en-us-phone.lm.bin");
+    const std::lock_guard lock(velmora::shared());
+    // It only tells how well the best would fit, for which narrow beams are enough.
+    m_decoder.make(acoustics, "1e-20", "2");
+    if (ps_set_allphone_file(m_decoder.handle.get(), kPhones, phones.c_str()) < 0)
+      fail("the phone model " + phones.string() + " cannot be read");
+  }
+
+  /// A frame of `samples`. Thread-safe; one after the other.
+  double fit(std::span<const std::int16_t> samples) {
+    const std::lock_guard lock(m_mutex);
+    return m_decoder.decode(kPhones, samples).sound;
+  }
+
+ private:
+  std::mutex m_mutex;
+  Decoder m_decoder;
+};
+
 std::filesystem::path Recogniser::defaultModel() { return VELMORA_SPEECH_MODEL; }
 
 Recogniser::Recogniser(const Language &language, const std::filesystem::path &model)
-    : m_language(language), m_decoder(std::make_unique<Decoder>()) {
-  const auto acoustics = model / "en-us";
-  const auto phones = model / "en-us-phone.lm.bin";
-  for (const auto &part : {acoustics, phones}) {
-    if (!std::filesystem::exists(part)) fail("there is no " + part.string());
-  }
-
+    : m_language(language), m_decoder(std::make_unique<Decoder>()), m_phones(Phones::shared(model)) {
   const std::lock_guard lock(shared());
-  err_set_logfp(nullptr);
-  err_set_callback(&hearComplaint, nullptr);
-
   // Wide beams: the grammars are small, and a right sentence that was pruned is lost. The weight keeps long
-  // numbers out of what was said in a few words. With only the active senones computed, scores would be
-  // relative to the best of those, and those of two searches could not be compared.
-  m_decoder->config.reset(cmd_ln_init(nullptr, ps_args(), TRUE, "-hmm", acoustics.c_str(), "-beam", "1e-60",
-                                      "-wbeam", "1e-40", "-pbeam", "1e-60", "-lw", "6", "-compallsen", "yes",
-                                      "-allphone_ci", "yes", nullptr));
-  if (!m_decoder->config) fail("its settings are refused");
-  m_decoder->handle.reset(ps_init(m_decoder->config.get()));
+  // numbers out of what was said in a few words.
+  m_decoder->make(modelPart(model, "en-us"), "1e-60", "6");
   cmd_ln_t *const config = m_decoder->config.get();
   ps_decoder_t *const decoder = m_decoder->handle.get();
-  if (!decoder) fail("the acoustic model in " + acoustics.string() + " cannot be read");
   addPronunciations(decoder);
 
   const auto weight = static_cast<float>(cmd_ln_float_r(config, "-lw"));
@@ -269,28 +311,18 @@ Recogniser::Recogniser(const Language &language, const std::filesystem::path &mo
   add(kCommands, language.commands(), kOutsideCommands);
   for (const Language::Answers &answers : language.answers())
     add(answers.question->name, answers.grammar, kOutsideAnswers);
-
-  // Each search takes the settings of the moment it is added. The phones only tell how well the best of them
-  // would fit, for which narrow beams are enough.
-  cmd_ln_set_float_r(config, "-beam", 1e-20);
-  cmd_ln_set_float_r(config, "-pbeam", 1e-20);
-  cmd_ln_set_float_r(config, "-lw", 2.0);
-  if (ps_set_allphone_file(decoder, kPhones, phones.c_str()) < 0) {
-    fail("the phone model " + phones.string() + " cannot be read");
-  }
 }
 
 Recogniser::~Recogniser() = default;
 
 Recognition Recogniser::recognise(std::span<const std::int16_t> utterance, const std::string &question) {
   const auto heard = withRoom(utterance);
-  std::optional<double> phones;
+  auto phones = std::async(std::launch::async, [this, &heard] { return m_phones->fit(heard); }).share();
   const auto recogniseAs = [&](const std::string &search) -> Recognition {
     Decoder::Result result = m_decoder->decode(search, heard);
     if (result.text.empty() || result.text == Grammar::kAnything) return {std::move(result.text)};
-    if (!phones) phones = m_decoder->decode(kPhones, heard).sound;
-    const double confidence =
-        result.sound - *phones + kLanguageWeight * result.language - kIncompleteWeight * result.incomplete;
+    const double confidence = result.sound - phones.get() + kLanguageWeight * result.language -
+                              kIncompleteWeight * result.incomplete;
     const bool isOdd = search == kCommands && !m_language.makesSense(result.text);
     return {.text = std::move(result.text),
             .confident = confidence >= kLeastConfidence && !isOdd,

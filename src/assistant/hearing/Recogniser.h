@@ -49,8 +49,10 @@ class Recogniser {
 
  private:
   struct Decoder;
+  class Phones;
   const Language &m_language;
   std::unique_ptr<Decoder> m_decoder;
+  std::shared_ptr<Phones> m_phones;
 };
 
 }  // namespace velmora
