@@ -10,6 +10,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "assistant/hearing/PinkFilter.h"
+
 extern "C" cst_voice *register_cmu_us_slt(const char *folder);
 extern "C" cst_voice *register_cmu_us_awb(const char *folder);
 
@@ -33,18 +35,13 @@ Samples trimmed(const Samples &speech) {
 }
 
 Samples pinkNoise(std::size_t count, double level, unsigned seed) {
-  // White noise through first-order low passes an octave or two apart, whose sum falls by 3 dB an octave.
-  constexpr double kPoles[] = {0.99765, 0.96300, 0.57000};
-  constexpr double kGains[] = {0.0990460, 0.2965164, 1.0526913};
-  double states[3] = {};
   std::mt19937 random(seed);
   std::normal_distribution<double> white;
+  PinkFilter pink;
   std::vector<double> noise(count);
   double power = 0.0;
   for (double &value : noise) {
-    const double input = white(random);
-    value = input * 0.1848;
-    for (std::size_t i = 0; i < 3; ++i) value += states[i] = kPoles[i] * states[i] + kGains[i] * input;
+    value = pink.next(white(random));
     power += value * value;
   }
   const double scale = 32768.0 * std::pow(10.0, level / 20.0) / std::sqrt(power / static_cast<double>(count));
