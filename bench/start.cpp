@@ -22,7 +22,6 @@
 #include <cstdlib>
 #include <deque>
 #include <fstream>
-#include <iostream>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -496,17 +495,7 @@ int run(int seconds, const std::string &part) {
 }  // namespace velmora
 
 int main(int argc, char **argv) {
-  if (!velmora::tests::UserSession::enterNetwork()) {
-    std::cerr << "bench_start: this system permits no network of one's own\n";
-    return 1;
-  }
-  const QCoreApplication application(argc, argv);
-  std::setvbuf(stdout, nullptr, _IOLBF, 0);
   const int seconds = argc > 1 ? std::max(1, std::atoi(argv[1])) : 60;
-  try {
-    return velmora::run(seconds, argc > 2 ? argv[2] : "");
-  } catch (const std::exception &error) {
-    std::cerr << "bench_start: " << error.what() << '\n';
-    return 1;
-  }
+  return velmora::tests::runInSession<QCoreApplication>(
+      "bench_start", argc, argv, [&] { return velmora::run(seconds, argc > 2 ? argv[2] : ""); });
 }

@@ -299,19 +299,9 @@ class Soak {
 }  // namespace velmora
 
 int main(int argc, char **argv) {
-  if (!velmora::tests::UserSession::enterNetwork()) {
-    std::cerr << "soak: this system permits no network of one's own\n";
-    return 1;
-  }
-  const QCoreApplication application(argc, argv);
-  std::setvbuf(stdout, nullptr, _IOLBF, 0);
-  try {
-    const auto number = [&](int index, int otherwise) {
-      return argc > index ? std::max(1, std::atoi(argv[index])) : otherwise;
-    };
-    return velmora::Soak(number(1, 200), number(2, 0)).run();
-  } catch (const std::exception &error) {
-    std::cerr << "soak: " << error.what() << '\n';
-    return 1;
-  }
+  const auto number = [&](int index, int otherwise) {
+    return argc > index ? std::max(1, std::atoi(argv[index])) : otherwise;
+  };
+  return velmora::tests::runInSession<QCoreApplication>(
+      "soak", argc, argv, [&] { return velmora::Soak(number(1, 200), number(2, 0)).run(); });
 }

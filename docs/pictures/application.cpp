@@ -158,16 +158,12 @@ class Pictures {
 }  // namespace velmora
 
 int main(int argc, char **argv) {
-  if (argc != 2 || !velmora::tests::UserSession::enterNetwork()) {
-    std::cerr << "pictures: name a folder; and this system must permit a network of one's own\n";
-    return 1;
+  if (argc != 2) {
+    std::cerr << "usage: velmora-pictures FOLDER\n";
+    return 2;
   }
-  const QGuiApplication application(argc, argv);
-  try {
+  return velmora::tests::runInSession<QGuiApplication>("pictures", argc, argv, [&] {
     velmora::Pictures(argv[1]).take();
     return 0;
-  } catch (const std::exception &error) {
-    std::cerr << "pictures: " << error.what() << '\n';
-    return 1;
-  }
+  });
 }

@@ -4,7 +4,7 @@
 // The session of one user of the built application, from log-in to log-out: a home, a network, a bus, a sound
 // server, and a panel. The display is that of DISPLAY.
 //
-//   UserSession session;                       // after UserSession::enterNetwork(), first of all in main()
+//   UserSession session;                       // after enterNetwork(), which runInSession() does
 //   session.startPanel();
 //   Program velmora(VELMORA, {}, session.environment());
 #pragma once
@@ -13,6 +13,10 @@
 
 #include <chrono>
 #include <cstdint>
+#include <cstdio>
+#include <exception>
+#include <functional>
+#include <iostream>
 #include <optional>
 #include <string>
 #include <vector>
@@ -55,6 +59,24 @@ class UserSession {
   std::optional<SoundServer> m_sound;
   std::optional<Program> m_panel;
 };
+
+/// The whole of a main() that is no test: `run` with an `Application` in a network of its own. What it throws
+/// is told in the program's `name`. Returns what main() does.
+template <typename Application>
+int runInSession(const char *name, int argc, char **argv, const std::function<int()> &run) {
+  if (!UserSession::enterNetwork()) {
+    std::cerr << name << ": this system permits no network of one's own\n";
+    return 1;
+  }
+  const Application application(argc, argv);
+  std::setvbuf(stdout, nullptr, _IOLBF, 0);
+  try {
+    return run();
+  } catch (const std::exception &error) {
+    std::cerr << name << ": " << error.what() << '\n';
+    return 1;
+  }
+}
 
 /// What /proc tells of a process.
 struct ProcessFigures {
