@@ -7,6 +7,7 @@
 //   bench_understanding           everything, for both halves of the sentences and voices
 //   bench_understanding --tuned   only the half to tune by, and nothing in real time
 //   bench_understanding --unseen  only the other half
+//   bench_understanding --times   only memory, and the times of a few utterances in real time: a minute
 //   bench_understanding --list    also what was misunderstood of the half to tune by
 //
 // The other half says how well it works for what nobody has tuned it by. Therefore only its counts are
@@ -369,10 +370,16 @@ void measureAnswer() {
               percentile(encoded, 0.5));
 }
 
-/// Both halves for an empty `half`.
-void measure(const std::string &half, bool list) {
+/// What is asked for on the command line.
+struct Wanted {
+  std::string half = {};  ///< both, if empty
+  bool onlyTimes = false;
+  bool list = false;
+};
+
+void measure(const Wanted &wanted) {
   std::vector<Utterance> all = utterances();
-  if (!half.empty()) std::erase_if(all, [&](const Utterance &one) { return one.half != half; });
+  if (!wanted.half.empty()) std::erase_if(all, [&](const Utterance &one) { return one.half != wanted.half; });
   std::printf("%zu utterances, each under %zu conditions\n", all.size(), kConditions.size());
 
   SystemServices services(std::nullopt);
@@ -385,33 +392,36 @@ void measure(const std::string &half, bool list) {
   measureAnswer();
   std::fflush(stdout);
 
-  const Hearings hearings = hearAll(recognisers, all);
-  printAccuracy(all, hearings);
-  printKinds(all, hearings);
-  if (list) listMisunderstood(all, hearings);
-  std::fflush(stdout);
-  if (half != "tuned") measureRealTime(recognisers, dialogue, all);
+  if (!wanted.onlyTimes) {
+    const Hearings hearings = hearAll(recognisers, all);
+    printAccuracy(all, hearings);
+    printKinds(all, hearings);
+    if (wanted.list) listMisunderstood(all, hearings);
+    std::fflush(stdout);
+  }
+  if (wanted.half != "tuned") measureRealTime(recognisers, dialogue, all);
 }
 
 }  // namespace
 }  // namespace velmora
 
 int main(int argc, char **argv) {
-  std::string half;
-  bool list = false;
+  velmora::Wanted wanted;
   for (const std::string &argument : std::vector<std::string>(argv + 1, argv + argc)) {
     if (argument == "--tuned" || argument == "--unseen") {
-      half = argument.substr(2);
+      wanted.half = argument.substr(2);
+    } else if (argument == "--times") {
+      wanted.onlyTimes = true;
     } else if (argument == "--list") {
-      list = true;
+      wanted.list = true;
     } else if (!argument.starts_with("--benchmark_")) {  // scripts/bench gives those to every program
-      std::fprintf(stderr, "usage: bench_understanding [--tuned | --unseen] [--list]\n");
+      std::fprintf(stderr, "usage: bench_understanding [--tuned | --unseen] [--times] [--list]\n");
       return 2;
     }
   }
   velmora::shareHeaps();  // as velmora-assistant does
   try {
-    velmora::measure(half, list);
+    velmora::measure(wanted);
   } catch (const std::exception &error) {
     std::fprintf(stderr, "bench_understanding: %s\n", error.what());
     return 1;
