@@ -114,6 +114,7 @@ void INPopoverController::presentPopoverFromRect(const QRectF &rect, QWidget *po
                                                  bool anchorsToPositionView) {
   if (popoverIsVisible()) return;
   ++m_openings;
+  m_popoverWindow->renew();
   m_positionView = positionView;
   m_rect = rect;
   m_screenRect = screenRectOfAnchor();

@@ -42,6 +42,7 @@ class INPopoverController {
   /// Opens the popover at `rect` of `positionView`, in that view's own (Qt's) coordinates. Without a view the
   /// rectangle is one of the desktop in Qt's coordinates, as a status item has it, and nothing is followed or
   /// gets the focus back. With `anchorsToPositionView` the popover follows the view. Nothing when visible.
+  /// Not in an event of the popover's window, as by the delegate when Escape has closed it.
   void presentPopoverFromRect(const QRectF &rect, QWidget *positionView,
                               ArrowDirection preferredArrowDirection, bool anchorsToPositionView);
 

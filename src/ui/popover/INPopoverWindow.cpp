@@ -175,6 +175,10 @@ void INPopoverWindow::orderOut() {
   m_hadKey = false;  // what it loses by this is not what it may have when it is shown again
 }
 
+void INPopoverWindow::renew() {
+  if (!isVisible()) destroy();
+}
+
 void INPopoverWindow::setTransientParent(QWidget *window) {
   winId();  // makes the handle
   windowHandle()->setTransientParent(window ? window->windowHandle() : nullptr);

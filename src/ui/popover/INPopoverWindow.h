@@ -58,6 +58,10 @@ class INPopoverWindow : public QWidget {
 
   void makeKeyAndOrderFront();
   void orderOut();
+  /// Gives a hidden window another native one. A window manager and the desktop are late at times: what they
+  /// still tell of the native window, as that it has got and lost the focus, is not taken for news of the
+  /// next time it is shown. Not in an event of this window.
+  void renew();
   [[nodiscard]] bool isKeyWindow() const { return isActiveWindow(); }
 
   /// Tells the window manager what to keep the window above, before it is shown or later.
