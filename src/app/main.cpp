@@ -44,10 +44,12 @@ int failed(const std::string &what, int status) {
   return status;
 }
 
-/// Where the desktop keeps what a program prints, it shall not keep what the user says.
+/// Where what a program prints is kept, in the journal or a file, what the user says shall not be.
 LogSink sinkForWhoReads() {
   struct stat output {};
-  if (::fstat(STDOUT_FILENO, &output) != 0 || !S_ISSOCK(output.st_mode)) return standardOutputSink();
+  const bool isKept =
+      ::fstat(STDOUT_FILENO, &output) == 0 && (S_ISSOCK(output.st_mode) || S_ISREG(output.st_mode));
+  if (!isKept) return standardOutputSink();
   return [print = standardOutputSink()](std::string_view line) {
     if (!line.starts_with("Request text: ")) print(line);
   };

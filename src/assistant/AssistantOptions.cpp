@@ -63,7 +63,8 @@ std::optional<AssistantOptions> AssistantOptions::parse(const QStringList &argum
                      "Prints one line of JSON with its address and deployment folder when it is ready.\n"
                      "Clients sign in at its own pages, or present the access token that comes from\n"
                      "--token-file or the environment variable VELMORA_ASSISTANT_TOKEN.\n"
-                     "Nothing that is said is kept on disk unless --record is given."));
+                     "Nothing that is said is kept on disk unless --record is given, but for what is put\n"
+                     "on the shopping list."));
   const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
                                 QStringLiteral("Show this help."));
   const auto version = option("version", "Show the version.");

@@ -171,17 +171,23 @@ TEST_F(AssistantScreenTest, TheUserEndsWhatItDoesByPressingOnTheSamePlace) {
   service.length = 0;
   service.asksBack = true;
   service.seconds = 60;
-  QTest::keyClick(&*window, Qt::Key_Space);
-  ASSERT_TRUE(runUntil([&] { return listens(); }));
-  QTest::mouseClick(window->findChild<NodeOutputPlot *>(), Qt::LeftButton);
-  EXPECT_FALSE(window->isListening());
-  ASSERT_TRUE(runUntil([&] { return isSpeaking(); }));
-  // The button of the microphone does nothing now, wherever the press comes from.
-  window->buttonAction();
-  EXPECT_FALSE(window->isListening());
-  QTest::keyClick(&*window, Qt::Key_Space);
-  ASSERT_TRUE(runUntil([&] { return isIdle(); }));
-  EXPECT_EQ(service.tokens.values().size(), 1U) << "who silences the answer is not asked";
+  for (const bool byKey : {false, true}) {
+    QTest::keyClick(&*window, Qt::Key_Space);
+    ASSERT_TRUE(runUntil([&] { return listens(); }));
+    if (byKey) {
+      QTest::keyClick(&*window, Qt::Key_Space);
+    } else {
+      QTest::mouseClick(window->findChild<NodeOutputPlot *>(), Qt::LeftButton);
+    }
+    EXPECT_FALSE(window->isListening());
+    ASSERT_TRUE(runUntil([&] { return isSpeaking(); }));
+    // The button of the microphone does nothing now, wherever the press comes from.
+    window->buttonAction();
+    EXPECT_FALSE(window->isListening());
+    QTest::keyClick(&*window, Qt::Key_Space);
+    ASSERT_TRUE(runUntil([&] { return isIdle(); }));
+  }
+  EXPECT_EQ(service.tokens.values().size(), 2U) << "who silences the answer is not asked";
 }
 
 TEST_F(AssistantScreenTest, ListensAgainByItselfUntilItIsClosed) {
