@@ -57,6 +57,19 @@ TEST(Messages, HaveExactlyTheseBytes) {
   config.setAudioInConfig(audioIn);
   expectBothWays(config, raw("\x0a\x02\x10\x03\x12\x07\x08\x02\x10\x80\x7d\x18\x07\x1a\x04\x0a\x02\xff\0"));
   EXPECT_EQ(config.converseState().conversationState(), raw("\xff\0"));
+  Google_Rpc_Status status;
+  status.setDetails({{.typeUrl = "t/x", .value = raw("\x01\0")}});
+  status.setMessage("busy");
+  status.setCode(14);
+  Response failed;
+  failed.setError(status);
+  expectBothWays(failed, raw("\x0a\x13\x08\x0e\x12\x04"
+                             "busy\x1a\x09\x0a\x03t/x\x12\x02\x01\0"));
+  EXPECT_EQ(failed.error().code(), 14);
+  EXPECT_EQ(failed.error().message(), "busy");
+  ASSERT_EQ(failed.error().details().size(), 1U);
+  EXPECT_EQ(failed.error().details().front().typeUrl, "t/x");
+  EXPECT_EQ(failed.error().details().front().value, raw("\x01\0"));
   // What is present is written even when it is the default.
   config.setAudioInConfig({});
   config.clearAudioOutConfig();
