@@ -175,9 +175,7 @@ void INPopoverWindow::orderOut() {
   m_hadKey = false;  // what it loses by this is not what it may have when it is shown again
 }
 
-void INPopoverWindow::renew() {
-  if (!isVisible()) destroy();
-}
+void INPopoverWindow::renew() { destroy(); }
 
 void INPopoverWindow::setTransientParent(QWidget *window) {
   winId();  // makes the handle
